@@ -1,11 +1,102 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/AppDelegate.h"
+#include "app/CommandLineOptions.h"
+#include "app/HeadlessRunner.h"
+#include "wireless/BackendFactory.h"
+#include "wireless/WirelessBackend.h"
+
 #include <QApplication>
-#include <QLabel>
+#include <QIcon>
+#include <QMainWindow>
+#include <QStatusBar>
+#include <QTimer>
+
+#include <cstdio>
+
+namespace {
+BackendFactory::Kind kindOf(CommandLineOptions::Backend backend)
+{
+    switch (backend) {
+    case CommandLineOptions::Backend::Linux:
+        return BackendFactory::Kind::Linux;
+    case CommandLineOptions::Backend::Simulated:
+        return BackendFactory::Kind::Simulated;
+    case CommandLineOptions::Backend::Replay:
+        return BackendFactory::Kind::Replay;
+    case CommandLineOptions::Backend::Auto:
+        break;
+    }
+    return BackendFactory::Kind::Auto;
+}
+} // namespace
 
 int main(int argc, char *argv[])
 {
+    // Headless runs need no display: pick the offscreen platform before Qt starts.
+    if (CommandLineOptions::wantsHeadless(argc, argv))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication app(argc, argv);
-    QLabel label(QStringLiteral("Corvane Wi-Fi Monitor"));
-    label.show();
-    return app.exec();
+    QApplication::setOrganizationName(QStringLiteral("Corvane"));
+    QApplication::setApplicationName(QStringLiteral("Wi-Fi Monitor"));
+    QApplication::setApplicationVersion(QStringLiteral(CORVANE_VERSION));
+    QApplication::setDesktopFileName(QStringLiteral("corvane"));
+    QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/corvane.svg")));
+
+    CommandLineOptions options;
+    QString error;
+    if (!options.parse(QApplication::arguments(), &error)) {
+        std::fprintf(stderr, "%s\n\n%s", qUtf8Printable(error),
+                     qUtf8Printable(CommandLineOptions::usage()));
+        return HeadlessRunner::BadArguments;
+    }
+    if (options.help) {
+        std::printf("%s", qUtf8Printable(CommandLineOptions::usage()));
+        return 0;
+    }
+    if (options.version) {
+        std::printf("Corvane Wi-Fi Monitor %s\n", CORVANE_VERSION);
+        return 0;
+    }
+
+    BackendFactory::Request request;
+    request.kind = kindOf(options.backend);
+    request.scenario = options.scenario;
+    request.seed = options.seed;
+    request.capture = options.capture;
+    request.speed = options.speed;
+    QString notice;
+    auto backend = BackendFactory::create(request, &error, &notice);
+    if (!backend) {
+        std::fprintf(stderr, "%s\n", qUtf8Printable(error));
+        return options.headless ? HeadlessRunner::NoInterface : 1;
+    }
+    if (!notice.isEmpty())
+        std::fprintf(stderr, "%s\n", qUtf8Printable(notice));
+    WirelessBackend::setCurrent(backend);
+
+    if (options.headless) {
+        HeadlessRunner::Options run;
+        run.cycles = options.cycles;
+        run.interval = options.interval;
+        run.exportTsv = options.exportTsv;
+        run.exportHtml = options.exportHtml;
+        run.logTsv = options.logTsv;
+        run.filter = options.filter;
+        HeadlessRunner::installSignalHandlers();
+        const int code = HeadlessRunner(run).exec();
+        WirelessBackend::setCurrent(nullptr);
+        return code;
+    }
+
+    AppDelegate::Options appOptions;
+    AppDelegate controller(appOptions);
+    QMainWindow *window = controller.window();
+    if (!notice.isEmpty())
+        window->statusBar()->showMessage(notice);
+    window->show();
+    QApplication::setQuitOnLastWindowClosed(AppDelegate::applicationShouldTerminateAfterLastWindowClosed());
+    QTimer::singleShot(0, &controller, &AppDelegate::applicationDidFinishLaunching);
+    const int code = app.exec();
+    WirelessBackend::setCurrent(nullptr);
+    return code;
 }

@@ -1,0 +1,227 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Launch and the update cycle.
+#include "app/AppDelegate.h"
+
+#include "app/DialogFileChooser.h"
+#include "app/LevelBarDelegate.h"
+#include "app/MessageBoxAlertPresenter.h"
+#include "app/NetworkTableModel.h"
+#include "app/StartupProbe.h"
+#include "plot/RealTimePlot.h"
+#include "prefs/PreferenceStore.h"
+#include "app/DetailPanelController.h"
+#include "ui_DetailPanel.h"
+#include "ui_IBSSDialog.h"
+#include "ui_JoinDialog.h"
+#include "ui_MainWindow.h"
+
+#include <QApplication>
+#include <QHeaderView>
+#include <QMainWindow>
+#include <QTimer>
+
+namespace {
+// Stands in for the interface while none is selected: answers zero, false or none.
+CWInterface &nullInterface()
+{
+    static CWInterface none(nullptr, QString());
+    return none;
+}
+} // namespace
+
+AppDelegate::AppDelegate(const Options &options, QObject *parent)
+    : QObject(parent), m_options(options), ui(std::make_unique<Ui::MainWindow>())
+{
+    m_window = new QMainWindow;
+    m_window->setAttribute(Qt::WA_DeleteOnClose, false);
+    ui->setupUi(m_window);
+
+    if (options.alerts) {
+        m_alerts = options.alerts;
+    } else {
+        m_ownedAlerts = std::make_unique<MessageBoxAlertPresenter>(m_window);
+        m_alerts = m_ownedAlerts.get();
+    }
+    if (options.fileChooser) {
+        m_fileChooser = options.fileChooser;
+    } else {
+        m_ownedFileChooser = std::make_unique<DialogFileChooser>();
+        m_fileChooser = m_ownedFileChooser.get();
+    }
+    if (options.preferences) {
+        m_preferences = options.preferences;
+    } else {
+        m_ownedPreferences = std::make_unique<PreferenceStore>();
+        m_preferences = m_ownedPreferences.get();
+    }
+
+    setupViews();
+    setupToolbarAndMenus();
+    setupDialogs();
+    setupDetailPanel();
+    awakeFromNib();
+}
+
+AppDelegate::~AppDelegate()
+{
+    qApp->removeEventFilter(this);
+    // The plots hold chart views inside the window's host views: drop them first.
+    m_signalPlot.reset();
+    m_interfaceSignalPlot.reset();
+    m_detailPlot.reset();
+    delete m_window;
+}
+
+CWInterface &AppDelegate::iface() const
+{
+    return m_currentInterface ? *m_currentInterface : nullInterface();
+}
+
+void AppDelegate::awakeFromNib()
+{
+    // 1. The interface pop-up lists the system's interfaces in the system's order.
+    ui->supportedInterfacesPopup->clear();
+    ui->supportedInterfacesPopup->addItems(CWInterface::supportedInterfaces());
+
+    // 2-3. The controller is the table's data source and delegate.
+    setupTable();
+
+    // 4. Spinners are hidden until something runs.
+    ui->refreshSpinner->setVisible(false);
+    joinUi->joinSpinner->setVisible(false);
+    ibssUi->ibssSpinner->setVisible(false);
+
+    // 5. No detail-panel timer is pending.
+    m_detailPanelMoveTimer.clear();
+    m_showDetailTimer.clear();
+    m_hideDetailTimer.clear();
+
+    // 6. Mouse moves of the whole application pass through the controller (and on,
+    // unchanged), as do leaving the window and the application losing activation.
+    qApp->installEventFilter(this);
+}
+
+void AppDelegate::applicationDidFinishLaunching()
+{
+    // 1. The first interface the platform returned becomes the current one.
+    ui->supportedInterfacesPopup->setCurrentIndex(0);
+    interfaceSelected();
+
+    // 2. The first scan happens before any plot exists.
+    updateNetworks();
+
+    // 3-6. The three plots.
+    m_interfaceSignalPlot.reset();
+    m_signalPlot.reset();
+    m_interfaceSignalPlot = std::make_unique<RealTimePlot>();
+    m_interfaceSignalPlot->setDelegate(this);
+    m_interfaceSignalPlot->renderInView(ui->interfaceSignalPlotView, currentTheme(), true);
+    m_signalPlot = std::make_unique<RealTimePlot>();
+    m_signalPlot->setDelegate(this);
+    m_signalPlot->render(networkMacs(), ui->signalPlotView, currentTheme(), true);
+    m_detailPlot = std::make_unique<RealTimePlot>();
+    m_detailPlot->setDelegate(this);
+    m_detailPlot->renderInView(detailUi->detailPlotView, currentTheme(), true);
+
+    // 7. One full cycle at once, so the window opens populated; the timer's first tick
+    // then works again from tick 0.
+    updateData();
+    m_tickCount = 0;
+
+    // 8. The repeating one-second tick; not kept anywhere, it runs until the program ends.
+    if (m_options.startTimer) {
+        auto *timer = new QTimer(this);
+        connect(timer, &QTimer::timeout, this, &AppDelegate::updateData);
+        timer->start(1000);
+    }
+
+    // 9. The capture-device probe.
+    if (m_options.runStartupProbe)
+        StartupProbe::run(!m_options.headless);
+}
+
+void AppDelegate::updateData()
+{
+    // The update interval is a count of ticks; the store never hands out 0.
+    const quint64 interval = quint64(qMax<qint64>(1, updateInterval()));
+    const quint64 t = m_tickCount;
+    m_tickCount = t + 1;
+    if (t % interval != 0)
+        return;
+    performUpdateCycle();
+}
+
+bool AppDelegate::performUpdateCycle()
+{
+    if (!iface().powerOn()) {
+        validateToolbar();
+        return false;
+    }
+    qInfo("updateData");
+    updateNetworks();
+    filterNetworks();
+    if (m_signalPlot) {
+        m_signalPlot->updateSignalPlot();
+        for (const NetworkObjectRef &record : m_networks)
+            m_signalPlot->setData(record->signals(), record->bssid());
+    }
+    updateDetailPlot();
+    ui->wiFiMapView->update();
+    ui->wiFiChannelView->update();
+    ui->wiFiChannelView5->update();
+    updateInterfaceInfoTab();
+    validateToolbar();
+    if (cycleObserver)
+        cycleObserver();
+    return true;
+}
+
+void AppDelegate::interfaceSelected()
+{
+    m_currentInterface = CWInterface::interfaceWithName(ui->supportedInterfacesPopup->currentText());
+    updateInterfaceInfoTab();
+}
+
+QVariant AppDelegate::currentTheme() const
+{
+    if (m_currentThemeName == QLatin1String("None"))
+        return QVariant::fromValue(RealTimePlot::nullTheme());
+    if (m_currentThemeName == QLatin1String("Default"))
+        return QVariant();
+    return RealTimePlot::themeNamed(m_currentThemeName);
+}
+
+void AppDelegate::handleNotification(const QString &notification)
+{
+    qInfo("note: %s", qUtf8Printable(notification));
+    updateInterfaceInfoTab();
+}
+
+qint64 AppDelegate::numberOfDatas() const
+{
+    return m_preferences->numberOfDatas();
+}
+
+qint64 AppDelegate::numberOfTopNetworks() const
+{
+    return qint64(m_preferences->numberOfTopNetworksValue());
+}
+
+qint64 AppDelegate::updateInterval()
+{
+    return m_preferences->updateIntervalValue();
+}
+
+void wifi_network_changed(void *context, const QStringList &changedKeys)
+{
+    Q_UNUSED(context);
+    for (const QString &key : changedKeys) {
+        // Keys look like "State:/Network/Interface/<name>/AirPort": the name is part 3.
+        const QStringList parts = key.split(QLatin1Char('/'));
+        const QString name = parts.value(3);
+        CWInterfaceRef ifc = CWInterface::interfaceWithName(name);
+        const CWInterface &i = ifc ? *ifc : CWInterface::null();
+        qInfo("%s status changed: current ssid is %s, security is %lld", qUtf8Printable(name),
+              i.ssid() ? qUtf8Printable(*i.ssid()) : "(null)", static_cast<long long>(i.security()));
+    }
+}

@@ -1,0 +1,170 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The network table: filtering, cells, comment edits and the selection.
+#include "app/AppDelegate.h"
+#include "app/LevelBarDelegate.h"
+#include "app/NetworkTableModel.h"
+#include "app/NetworkTableView.h"
+#include "prefs/PreferenceStore.h"
+#include "ui_MainWindow.h"
+#include "util/StringUtil.h"
+
+#include <QHeaderView>
+#include <QItemSelectionModel>
+
+void AppDelegate::setupTable()
+{
+    NetworkTableView *table = ui->scanResultsTable;
+    if (!m_tableModel) {
+        m_tableModel = new NetworkTableModel(this, this);
+        table->setModel(m_tableModel);
+        table->setItemDelegateForColumn(NetworkTableModel::LevelColumn,
+                                        new LevelBarDelegate(table));
+        connect(table->selectionModel(), &QItemSelectionModel::selectionChanged, this,
+                &AppDelegate::tableViewSelectionDidChange);
+        connect(ui->searchField, &QLineEdit::textChanged, this,
+                [this] { controlTextDidChange(ui->searchField); });
+    }
+    QHeaderView *header = table->horizontalHeader();
+    header->setStretchLastSection(false);
+    header->setSectionResizeMode(QHeaderView::Interactive);
+    header->setHighlightSections(false);
+    table->verticalHeader()->setVisible(false);
+    table->verticalHeader()->setDefaultSectionSize(22);
+    table->setIconSize(QSize(19, 17));
+    const int widths[NetworkTableModel::ColumnCount] = {28,  170, 130, 140, 62,  62, 110, 150,
+                                                        58,  50,  50,  52,  90,  48, 90};
+    for (int c = 0; c < NetworkTableModel::ColumnCount; ++c)
+        table->setColumnWidth(c, widths[c]);
+}
+
+void AppDelegate::filterNetworks()
+{
+    m_filteredNetworks.clear();
+    const QString text = ui->searchField->text();
+    m_filteredNetworks.reserve(m_networks.size());
+    for (qsizetype i = 0; i < m_networks.size(); ++i) {
+        const NetworkObject &record = *m_networks.at(i);
+        if (text.isEmpty() ||
+            (record.name() && StringUtil::containsStringIgnoreCase(*record.name(), text)) ||
+            StringUtil::containsStringIgnoreCase(record.bssid(), text) ||
+            (record.comment() && StringUtil::containsStringIgnoreCase(*record.comment(), text)))
+            m_filteredNetworks.append(quint64(i));
+    }
+    reloadTableData();
+}
+
+void AppDelegate::reloadTableData()
+{
+    NetworkTableView *table = ui->scanResultsTable;
+    // Leave a comment that is being typed alone; the next cycle tries again.
+    if (table->editedRow() >= 0 && table->editedColumn() >= 0)
+        return;
+    m_tableModel->reload();
+    if (!m_selectedNetwork)
+        return;
+    const QString selected = m_selectedNetwork->bssid();
+    const int rows = m_tableModel->rowCount();
+    for (int row = 0; row < rows; ++row) {
+        const quint64 i = m_filteredNetworks.at(row);
+        if (i < quint64(m_networks.size()) && m_networks.at(qsizetype(i))->bssid() == selected) {
+            if (table->currentIndex().row() != row || !table->selectionModel()->isRowSelected(row))
+                table->selectRow(row);
+            return;
+        }
+    }
+}
+
+qsizetype AppDelegate::numberOfRowsInTableView() const
+{
+    return m_filteredNetworks.size();
+}
+
+QVariant AppDelegate::objectValueForTableColumn(const QString &identifier, qsizetype row) const
+{
+    // The row is checked against the full list, as the table has always done; the filtered
+    // list is checked too so that a stale row can never read past it.
+    if (row < 0 || row >= m_networks.size() || row >= m_filteredNetworks.size())
+        return {};
+    const quint64 index = m_filteredNetworks.at(row);
+    if (index >= quint64(m_networks.size()))
+        return {};
+    NetworkObject &r = *m_networks.at(qsizetype(index));
+    auto text = [](const std::optional<QString> &t) { return t ? QVariant(*t) : QVariant(); };
+
+    if (identifier == QLatin1String("NETWORK_NAME"))
+        return text(r.name());
+    if (identifier == QLatin1String("BSSID"))
+        return r.bssid();
+    if (identifier == QLatin1String("CHANNEL"))
+        return r.channel();
+    if (identifier == QLatin1String("BAND"))
+        return r.channelBandString();
+    if (identifier == QLatin1String("PHY"))
+        return r.phyMode();
+    if (identifier == QLatin1String("SECURITY_MODE"))
+        return text(r.security());
+    if (identifier == QLatin1String("SIGNAL"))
+        return r.signalString();
+    if (identifier == QLatin1String("AVG"))
+        return NetworkObject::stringOfSignal(r.avgSignal());
+    if (identifier == QLatin1String("MAX"))
+        return NetworkObject::stringOfSignal(r.maxSignal());
+    if (identifier == QLatin1String("SNR"))
+        return r.snrString();
+    if (identifier == QLatin1String("LEVEL"))
+        return r.signal() * 10.0;
+    if (identifier == QLatin1String("NETWORK_MODE"))
+        return r.ibss();
+    if (identifier == QLatin1String("lastSeen"))
+        return r.lastSeen();
+    if (identifier == QLatin1String("icon"))
+        return r.icon();
+    if (identifier == QLatin1String("comment"))
+        return text(r.comment());
+    return {};
+}
+
+void AppDelegate::setObjectValue(const QVariant &value, const QString &identifier, qsizetype row)
+{
+    Q_UNUSED(row); // the comment always goes to the selected network's record
+    if (identifier != QLatin1String("comment"))
+        return;
+    if (m_selectedNetwork) {
+        const QString bssid = m_selectedNetwork->bssid();
+        for (qsizetype r = 0; r < m_filteredNetworks.size(); ++r) {
+            const quint64 i = m_filteredNetworks.at(r);
+            if (i >= quint64(m_networks.size()))
+                continue;
+            const NetworkObjectRef &record = m_networks.at(qsizetype(i));
+            if (record->bssid() == bssid) {
+                const QString comment = value.toString();
+                record->setComment(comment);
+                m_preferences->setComment(record->bssid(), comment);
+                break;
+            }
+        }
+    }
+    reloadTableData();
+    // Once more after the editor that sent this edit has closed (while it is open the
+    // reload above leaves the table alone).
+    QMetaObject::invokeMethod(this, &AppDelegate::reloadTableData, Qt::QueuedConnection);
+}
+
+void AppDelegate::tableViewSelectionDidChange()
+{
+    const QModelIndexList rows = ui->scanResultsTable->selectionModel()->selectedRows();
+    if (rows.isEmpty())
+        return; // a cleared selection keeps the previous network
+    const int r = rows.constFirst().row();
+    if (r < 0 || r >= m_filteredNetworks.size())
+        return;
+    const quint64 i = m_filteredNetworks.at(r);
+    if (i < quint64(m_networks.size()))
+        m_selectedNetwork = m_networks.at(qsizetype(i))->cwNetwork();
+}
+
+void AppDelegate::controlTextDidChange(QObject *sender)
+{
+    // The search text takes effect at the next cycle's filter, not on every keystroke.
+    Q_UNUSED(sender);
+}

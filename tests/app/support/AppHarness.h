@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "FakeBackend.h"
+#include "app/AppDelegate.h"
+#include "app/FileChooser.h"
+#include "app/StreamAlertPresenter.h"
+#include "util/Clock.h"
+#include "util/RandomSource.h"
+
+#include <QTemporaryDir>
+
+#include <memory>
+
+class PreferenceStore;
+
+// A save dialog that answers what the test decided, and remembers what it was shown.
+class FakeFileChooser final : public FileChooser
+{
+public:
+    QString chooseSaveFile(QWidget *, const QString &startDirectory,
+                           const QString &representedName) override
+    {
+        lastStartDirectory = startDirectory;
+        lastRepresentedName = representedName;
+        return answer;
+    }
+    QString answer;
+    QString lastStartDirectory;
+    QString lastRepresentedName;
+};
+
+// Everything a controller test needs: settings in a temporary folder, a fake backend, a
+// clock that stands still, a seeded random source, recorded alerts and save dialogs.
+class AppHarness
+{
+public:
+    AppHarness();
+    ~AppHarness();
+
+    // A new controller over the same settings and backend (a restart of the program).
+    AppDelegate &restart();
+    AppDelegate &app() { return *m_app; }
+    QWidget *widget(const char *objectName) const;
+    template <typename T> T *find(const char *objectName) const
+    {
+        return m_app->window()->findChild<T *>(QString::fromLatin1(objectName));
+    }
+
+    std::shared_ptr<FakeBackend> backend = std::make_shared<FakeBackend>();
+    StreamAlertPresenter alerts{false};
+    FakeFileChooser files;
+    ManualClock clock{QDateTime(QDate(2026, 11, 22), QTime(12, 0), Qt::UTC)};
+    SeededRandomSource random{7};
+    QTemporaryDir settingsDir;
+    std::unique_ptr<PreferenceStore> preferences;
+
+private:
+    std::unique_ptr<AppDelegate> m_app;
+};

@@ -1,0 +1,88 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "FakeBackend.h"
+
+bool FakeBackend::obtainAuthorization(const QString &, quint32, CWError *error)
+{
+    ++authorizationCount;
+    if (refuseAuthorization) {
+        CWError::set(error, kCWErrorNotPermitted, QStringLiteral("Not permitted"));
+        return false;
+    }
+    return true;
+}
+
+QList<CWNetworkRef> FakeBackend::scanForNetworks(const QString &, const QVariantMap &parameters,
+                                                 CWError *error)
+{
+    ++scanCount;
+    scanParameters.append(parameters);
+    if (failScans) {
+        CWError::set(error, kCWErrorBusy, QStringLiteral("The radio is busy"));
+        return {};
+    }
+    if (scans.isEmpty())
+        return {};
+    return scans.size() > 1 ? scans.takeFirst() : scans.constFirst();
+}
+
+bool FakeBackend::setPower(const QString &, bool on, CWError *error)
+{
+    powerRequests.append(on);
+    if (refusePower) {
+        CWError::set(error, kCWErrorNotPermitted, QStringLiteral("Not permitted: power"));
+        return false;
+    }
+    power = on;
+    return true;
+}
+
+bool FakeBackend::setChannel(const QString &, quint64 wanted, CWError *error)
+{
+    channelRequests.append(wanted);
+    if (!channels.contains(qint64(wanted))) {
+        CWError::set(error, kCWErrorInvalidParameter, QStringLiteral("Channel %1 is not supported").arg(wanted));
+        return false;
+    }
+    channel = CWChannel(qint64(wanted), wanted > 14 ? kCWChannelBand5GHz : kCWChannelBand2GHz,
+                        kCWChannelWidth20MHz);
+    return true;
+}
+
+void FakeBackend::disassociate(const QString &)
+{
+    ++disassociateCount;
+    currentBssid.reset();
+    currentSsid.reset();
+    state = kCWInterfaceStateInactive;
+}
+
+bool FakeBackend::associateToNetwork(const QString &, const CWNetworkRef &network,
+                                     const QVariantMap &, CWError *)
+{
+    currentBssid = network->bssid();
+    currentSsid = network->ssid();
+    state = kCWInterfaceStateRunning;
+    return true;
+}
+
+bool FakeBackend::enableIBSS(const QString &, const QVariantMap &, CWError *)
+{
+    return true;
+}
+
+CWNetworkRef FakeBackend::network(const QString &bssid, const std::optional<QString> &ssid,
+                                  qint64 rssi, qint64 noise, qint64 channel)
+{
+    CWNetwork::Data d;
+    d.ssidPresent = ssid.has_value();
+    d.ssidData = ssid ? ssid->toUtf8() : QByteArray();
+    d.bssid = bssid;
+    d.rssiValue = rssi;
+    d.noiseMeasurement = noise;
+    d.wlanChannel = CWChannel(channel, channel > 14 ? kCWChannelBand5GHz : kCWChannelBand2GHz,
+                              kCWChannelWidth20MHz);
+    d.phyModes = (1u << kCWPHYMode11g) | (1u << kCWPHYMode11n);
+    d.securities = 1u << kCWSecurityWPA2Personal;
+    d.securityMode = kCWSecurityModeWPA2_PSK;
+    return CWNetwork::create(d);
+}

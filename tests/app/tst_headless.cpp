@@ -1,0 +1,195 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The built program in headless mode: cycles, the log, exports, exit codes, signals.
+#include <QDateTime>
+#include <QFile>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QSet>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <csignal>
+
+namespace {
+QString binary()
+{
+    return qEnvironmentVariable("CORVANE_BINARY");
+}
+
+QStringList simulated()
+{
+    return {QStringLiteral("--headless"), QStringLiteral("--backend=simulated"),
+            QStringLiteral("--seed"), QStringLiteral("3")};
+}
+
+struct Run {
+    int exitCode = -1;
+    QByteArray out;
+    QByteArray err;
+};
+
+Run run(const QStringList &arguments, const QString &settingsDir)
+{
+    QProcess p;
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    env.insert(QStringLiteral("XDG_CONFIG_HOME"), settingsDir);
+    p.setProcessEnvironment(env);
+    p.start(binary(), arguments);
+    p.waitForFinished(60000);
+    return {p.exitStatus() == QProcess::NormalExit ? p.exitCode() : -1, p.readAllStandardOutput(),
+            p.readAllStandardError()};
+}
+
+// The time stamps of a log, one per line, after the head line.
+QStringList stamps(const QByteArray &log)
+{
+    QStringList result;
+    const QList<QByteArray> lines = log.split('\n');
+    for (qsizetype i = 1; i < lines.size(); ++i) {
+        if (!lines.at(i).isEmpty())
+            result << QString::fromUtf8(lines.at(i).left(lines.at(i).indexOf('\t')));
+    }
+    return result;
+}
+} // namespace
+
+class TestHeadless : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void initTestCase();
+    void cyclesWriteOneLogBlockEach();
+    void exportToStandardOutput();
+    void unwritableOutputGivesExitCode4();
+    void badArgumentsGiveExitCode2();
+    void sigtermLeavesACompleteLog();
+
+private:
+    QTemporaryDir m_settings;
+};
+
+void TestHeadless::initTestCase()
+{
+    if (binary().isEmpty())
+        QSKIP("CORVANE_BINARY is not set");
+    QVERIFY(QFile::exists(binary()));
+}
+
+void TestHeadless::cyclesWriteOneLogBlockEach()
+{
+    QTemporaryDir dir;
+    const QString log = dir.filePath(QStringLiteral("log.tsv"));
+    const Run r = run(simulated() << QStringLiteral("--cycles") << QStringLiteral("5")
+                                  << QStringLiteral("--interval") << QStringLiteral("0.02")
+                                  << QStringLiteral("--log-tsv") << log,
+                      m_settings.path());
+    QCOMPARE(r.exitCode, 0);
+    QFile f(log);
+    QVERIFY(f.open(QIODevice::ReadOnly));
+    const QByteArray text = f.readAll();
+    QVERIFY(text.startsWith("Time\tNetwork Name\tBSSID\t"));
+    QVERIFY(text.endsWith('\n'));
+    const QStringList s = stamps(text);
+    QVERIFY(!s.isEmpty());
+    QCOMPARE(QSet<QString>(s.begin(), s.end()).size(), 5);
+    for (const QString &stamp : s)
+        QVERIFY2(QDateTime::fromString(stamp, Qt::ISODateWithMs).isValid(), qPrintable(stamp));
+
+    // A second run appends without a second head line.
+    QCOMPARE(run(simulated() << QStringLiteral("--cycles") << QStringLiteral("1")
+                             << QStringLiteral("--log-tsv") << log,
+                 m_settings.path())
+                 .exitCode,
+             0);
+    f.close();
+    QVERIFY(f.open(QIODevice::ReadOnly));
+    QCOMPARE(f.readAll().count("Time\tNetwork Name"), 1);
+}
+
+void TestHeadless::exportToStandardOutput()
+{
+    const Run r = run(simulated() << QStringLiteral("--cycles") << QStringLiteral("2")
+                                  << QStringLiteral("--interval") << QStringLiteral("0")
+                                  << QStringLiteral("--export-tsv") << QStringLiteral("-"),
+                      m_settings.path());
+    QCOMPARE(r.exitCode, 0);
+    QVERIFY(r.out.startsWith("Network Name\tBSSID\tComment\t"));
+    QVERIFY(r.out.count('\n') > 5);
+
+    QTemporaryDir dir;
+    const QString html = dir.filePath(QStringLiteral("out.html"));
+    QCOMPARE(run(simulated() << QStringLiteral("--cycles") << QStringLiteral("1")
+                             << QStringLiteral("--filter") << QStringLiteral("no such network")
+                             << QStringLiteral("--export-html") << html,
+                 m_settings.path())
+                 .exitCode,
+             0);
+    QFile f(html);
+    QVERIFY(f.open(QIODevice::ReadOnly));
+    const QByteArray page = f.readAll();
+    QVERIFY(page.startsWith("<html><head>"));
+    QVERIFY(!page.contains("<tr><td>")); // the filter left no rows
+}
+
+void TestHeadless::unwritableOutputGivesExitCode4()
+{
+    QTemporaryDir dir;
+    QFile blocker(dir.filePath(QStringLiteral("file")));
+    QVERIFY(blocker.open(QIODevice::WriteOnly));
+    blocker.close();
+    const QString bad = dir.filePath(QStringLiteral("file/out.tsv"));
+    Run r = run(simulated() << QStringLiteral("--cycles") << QStringLiteral("1")
+                            << QStringLiteral("--export-tsv") << bad,
+                m_settings.path());
+    QCOMPARE(r.exitCode, 4);
+    QVERIFY2(r.err.contains("Cannot write"), r.err.constData());
+    r = run(simulated() << QStringLiteral("--cycles") << QStringLiteral("1")
+                        << QStringLiteral("--log-tsv") << bad,
+            m_settings.path());
+    QCOMPARE(r.exitCode, 4);
+}
+
+void TestHeadless::badArgumentsGiveExitCode2()
+{
+    for (const QStringList &args :
+         {QStringList{QStringLiteral("--headless"), QStringLiteral("--cycles"), QStringLiteral("zero")},
+          QStringList{QStringLiteral("--headless"), QStringLiteral("--backend=martian")},
+          QStringList{QStringLiteral("--headless"), QStringLiteral("--interval"), QStringLiteral("-1")},
+          QStringList{QStringLiteral("--log-tsv"), QStringLiteral("x")}}) {
+        const Run r = run(args, m_settings.path());
+        QCOMPARE(r.exitCode, 2);
+        QVERIFY(r.err.contains("--headless"));
+    }
+}
+
+void TestHeadless::sigtermLeavesACompleteLog()
+{
+    QTemporaryDir dir;
+    const QString log = dir.filePath(QStringLiteral("log.tsv"));
+    QProcess p;
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    env.insert(QStringLiteral("XDG_CONFIG_HOME"), m_settings.path());
+    p.setProcessEnvironment(env);
+    p.start(binary(), simulated() << QStringLiteral("--interval") << QStringLiteral("0.05")
+                                  << QStringLiteral("--log-tsv") << log);
+    QVERIFY(p.waitForStarted());
+    // Wait for a few cycles to land in the log.
+    auto logLines = [&log] {
+        QFile f(log);
+        return f.open(QIODevice::ReadOnly) ? stamps(f.readAll()).size() : 0;
+    };
+    QTRY_VERIFY_WITH_TIMEOUT(logLines() > 20, 30000);
+    ::kill(pid_t(p.processId()), SIGTERM);
+    QVERIFY(p.waitForFinished(20000));
+    QCOMPARE(p.exitStatus(), QProcess::NormalExit);
+    QCOMPARE(p.exitCode(), 0);
+    QFile f(log);
+    QVERIFY(f.open(QIODevice::ReadOnly));
+    const QByteArray text = f.readAll();
+    QVERIFY(text.endsWith('\n'));
+    for (const QString &stamp : stamps(text))
+        QVERIFY(QDateTime::fromString(stamp, Qt::ISODateWithMs).isValid());
+}
+
+QTEST_GUILESS_MAIN(TestHeadless)
+#include "tst_headless.moc"
