@@ -6,7 +6,10 @@
 #include "wireless/CWInterface.h"
 #include "wireless/CWNetwork.h"
 
+#include <QDialog>
 #include <QList>
+#include <QMainWindow>
+#include <QTimer>
 #include <QObject>
 #include <QPointF>
 #include <QPointer>
@@ -24,11 +27,8 @@ class PlotView;
 class PreferenceStore;
 class PreferencesWindowController;
 class QAction;
-class QDialog;
 class QEvent;
-class QMainWindow;
 class QMouseEvent;
-class QTimer;
 class RealTimePlot;
 class WiFiChannelView;
 class WiFiMapView;

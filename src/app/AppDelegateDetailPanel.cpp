@@ -73,9 +73,14 @@ void AppDelegate::setupDetailPanel()
     m_detailPanelController = std::move(c);
 
     // Mouse moves without a pressed button reach only widgets that track the mouse.
-    for (QWidget *w : {static_cast<QWidget *>(m_window), ui->centralwidget, ui->tabView,
-                       ui->scanResultsTable, ui->scanResultsTable->viewport(),
-                       static_cast<QWidget *>(ui->wiFiMapView), m_detailPanel.data()})
+    const QList<QWidget *> tracked = {m_window.data(),
+                                      ui->centralwidget,
+                                      ui->tabView,
+                                      ui->scanResultsTable,
+                                      ui->scanResultsTable->viewport(),
+                                      ui->wiFiMapView,
+                                      m_detailPanel.data()};
+    for (QWidget *w : tracked)
         w->setMouseTracking(true);
     for (QWidget *w : m_detailPanel->findChildren<QWidget *>())
         w->setMouseTracking(true);

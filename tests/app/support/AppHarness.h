@@ -8,6 +8,7 @@
 #include "util/Clock.h"
 #include "util/RandomSource.h"
 
+#include <QMainWindow>
 #include <QTemporaryDir>
 
 #include <memory>

@@ -57,16 +57,23 @@ void FakeBackend::disassociate(const QString &)
 }
 
 bool FakeBackend::associateToNetwork(const QString &, const CWNetworkRef &network,
-                                     const QVariantMap &, CWError *)
+                                     const QVariantMap &parameters, CWError *error)
 {
+    associationParameters.append(parameters);
+    if (!requiredPassphrase.isEmpty() &&
+        parameters.value(QStringLiteral("ASSOC_KEY_PASSPHRASE")).toString() != requiredPassphrase) {
+        CWError::set(error, kCWErrorAuthenticationFailed, QStringLiteral("The passphrase was rejected"));
+        return false;
+    }
     currentBssid = network->bssid();
     currentSsid = network->ssid();
     state = kCWInterfaceStateRunning;
     return true;
 }
 
-bool FakeBackend::enableIBSS(const QString &, const QVariantMap &, CWError *)
+bool FakeBackend::enableIBSS(const QString &, const QVariantMap &parameters, CWError *)
 {
+    ibssParameters.append(parameters);
     return true;
 }
 
@@ -84,5 +91,15 @@ CWNetworkRef FakeBackend::network(const QString &bssid, const std::optional<QStr
     d.phyModes = (1u << kCWPHYMode11g) | (1u << kCWPHYMode11n);
     d.securities = 1u << kCWSecurityWPA2Personal;
     d.securityMode = kCWSecurityModeWPA2_PSK;
+    return CWNetwork::create(d);
+}
+
+CWNetworkRef FakeBackend::secured(const QString &bssid, const QString &ssid, int security,
+                                  int securityMode, CWWirelessProfileRef profile)
+{
+    CWNetwork::Data d = network(bssid, ssid)->data();
+    d.securities = 1u << security;
+    d.securityMode = securityMode;
+    d.wirelessProfile = std::move(profile);
     return CWNetwork::create(d);
 }

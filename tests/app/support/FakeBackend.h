@@ -12,6 +12,7 @@ class FakeBackend final : public WirelessBackend
 public:
     QString backendName() const override { return QStringLiteral("fake"); }
     QStringList interfaceNames() const override { return names; }
+    QList<CW8021XProfileRef> allUser8021XProfiles() const override { return profiles; }
     bool obtainAuthorization(const QString &right, quint32 flags, CWError *error) override;
 
     bool powerOn(const QString &) const override { return power; }
@@ -41,6 +42,9 @@ public:
     // A network as a scan reports it.
     static CWNetworkRef network(const QString &bssid, const std::optional<QString> &ssid,
                                 qint64 rssi = -60, qint64 noise = -90, qint64 channel = 6);
+    // The same with the given security bit (CWSecurity), security mode and stored profile.
+    static CWNetworkRef secured(const QString &bssid, const QString &ssid, int security,
+                                int securityMode, CWWirelessProfileRef profile = nullptr);
 
     QStringList names{QStringLiteral("wlan0")};
     bool power = true;
@@ -69,4 +73,8 @@ public:
     QList<bool> powerRequests;
     QList<quint64> channelRequests;
     int disassociateCount = 0;
+    QList<CW8021XProfileRef> profiles;
+    QString requiredPassphrase; // non-empty: associations need exactly this passphrase
+    QList<QVariantMap> associationParameters;
+    QList<QVariantMap> ibssParameters;
 };

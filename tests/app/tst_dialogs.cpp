@@ -1,0 +1,242 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The join and ad-hoc sheets.
+#include "support/AppHarness.h"
+
+#include "wireless/CWKeys.h"
+
+#include <QComboBox>
+#include <QDialog>
+#include <QLineEdit>
+#include <QTableView>
+#include <QtTest>
+
+namespace {
+const QString kOpen = QStringLiteral("00:00:00:00:00:01");
+const QString kMixed = QStringLiteral("00:00:00:00:00:02");
+const QString kWpa2 = QStringLiteral("00:00:00:00:00:03");
+const QString kCorp = QStringLiteral("00:00:00:00:00:04");
+
+CW8021XProfileRef makeProfile(const QString &name, const QString &user, const QString &password)
+{
+    auto p = CW8021XProfile::profile();
+    p->setUserDefinedName(name);
+    p->setUsername(user);
+    p->setPassword(password);
+    return p;
+}
+
+struct DialogFixture {
+    AppHarness h;
+    CW8021XProfileRef corpProfile = makeProfile(QStringLiteral("Office"), QStringLiteral("alice"),
+                                                QStringLiteral("s3cret"));
+
+    DialogFixture()
+    {
+        h.backend->profiles = {makeProfile(QStringLiteral("Home lab"), QStringLiteral("bob"),
+                                           QStringLiteral("pw")),
+                               corpProfile};
+        auto stored = std::make_shared<CWWirelessProfile>();
+        stored->setUser8021XProfile(corpProfile);
+        // Names sort as listed: A.. D..
+        h.backend->scans = {{
+            FakeBackend::secured(kOpen, QStringLiteral("A open"), kCWSecurityNone, kCWSecurityModeOpen),
+            FakeBackend::secured(kMixed, QStringLiteral("B mixed"), kCWSecurityWPAPersonalMixed, kCWSecurityModeWPA2_PSK),
+            FakeBackend::secured(kWpa2, QStringLiteral("C wpa2"), kCWSecurityWPA2Personal, kCWSecurityModeWPA2_PSK),
+            FakeBackend::secured(kCorp, QStringLiteral("D corp"), kCWSecurityWPA2Enterprise,
+                                 kCWSecurityModeWPA2_Enterprise, stored),
+        }};
+        h.app().applicationDidFinishLaunching();
+    }
+    QComboBox *combo(const char *name) { return h.app().joinDialogWindow()->findChild<QComboBox *>(QLatin1String(name)); }
+    QLineEdit *edit(const char *name) { return h.app().joinDialogWindow()->findChild<QLineEdit *>(QLatin1String(name)); }
+    void openJoinOn(int row)
+    {
+        h.find<QTableView>("scanResultsTable")->selectRow(row);
+        h.app().joinButtonPressed();
+    }
+};
+} // namespace
+
+class TestDialogs : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void securityItemFollowsTheNetwork_data();
+    void securityItemFollowsTheNetwork();
+    void enterpriseNetworkWithStoredProfileIsLocked();
+    void defaultProfileChoiceIsAbandonedSafely();
+    void emptyPassphraseSendsNoParameters();
+    void wrongPassphraseKeepsTheSheetOpen();
+    void joinUsesTheFullListPosition();
+    void noSelectedRowOpensNothing();
+    void adHocSheet();
+};
+
+void TestDialogs::securityItemFollowsTheNetwork_data()
+{
+    QTest::addColumn<int>("row");
+    QTest::addColumn<QString>("selected");
+    QTest::addColumn<bool>("userEnabled");
+    QTest::addColumn<bool>("passEnabled");
+    QTest::newRow("open: nothing selected") << 0 << QString() << false << false;
+    QTest::newRow("WPA/WPA2 Personal: nothing selected") << 1 << QString() << false << false;
+    QTest::newRow("WPA2 Personal") << 2 << QStringLiteral("WPA2 Personal") << false << true;
+}
+
+void TestDialogs::securityItemFollowsTheNetwork()
+{
+    QFETCH(int, row);
+    QFETCH(QString, selected);
+    QFETCH(bool, userEnabled);
+    QFETCH(bool, passEnabled);
+    DialogFixture f;
+    f.openJoinOn(row);
+    QVERIFY(f.h.app().joinDialogWindow()->isVisible());
+    QCOMPARE(f.h.app().joinDialogContext(), qint8(1));
+    QComboBox *security = f.combo("joinSecurityPopupButton");
+    QCOMPARE(security->count(), 7);
+    QCOMPARE(security->itemText(6), QStringLiteral("802.1X WEP"));
+    QCOMPARE(security->currentIndex() >= 0 ? security->currentText() : QString(), selected);
+    QVERIFY(!security->isEnabled());
+    QVERIFY(!f.edit("joinNetworkNameField")->isEnabled());
+    QCOMPARE(f.edit("joinUsernameField")->isEnabled(), userEnabled);
+    QCOMPARE(f.edit("joinPassphraseField")->isEnabled(), passEnabled);
+    QVERIFY(!f.combo("joinUser8021XProfilePopupButton")->isEnabled());
+    QCOMPARE(f.edit("joinPassphraseField")->echoMode(), QLineEdit::Password);
+}
+
+void TestDialogs::enterpriseNetworkWithStoredProfileIsLocked()
+{
+    DialogFixture f;
+    f.openJoinOn(3);
+    QComboBox *profiles = f.combo("joinUser8021XProfilePopupButton");
+    QCOMPARE(profiles->count(), 3);
+    QCOMPARE(profiles->itemText(0), QStringLiteral("Default"));
+    QCOMPARE(profiles->currentText(), QStringLiteral("Office"));
+    QCOMPARE(f.edit("joinUsernameField")->text(), QStringLiteral("alice"));
+    QVERIFY(!f.edit("joinUsernameField")->isEnabled());
+    QCOMPARE(f.edit("joinPassphraseField")->text(), QStringLiteral("s3cret"));
+    QVERIFY(!f.edit("joinPassphraseField")->isEnabled());
+    // Asking again moves items instead of doubling them.
+    f.h.app().changeSecurityMode(nullptr);
+    QCOMPARE(profiles->count(), 3);
+
+    f.h.app().joinOKButtonPressed();
+    QCOMPARE(f.h.backend->associationParameters.size(), 1);
+    const QVariantMap sent = f.h.backend->associationParameters.constFirst();
+    QCOMPARE(sent.keys(), QStringList{kCWAssocKey8021XProfile});
+    QCOMPARE(sent.value(kCWAssocKey8021XProfile).value<CW8021XProfileRef>(), f.corpProfile);
+    QVERIFY(!f.h.app().joinDialogWindow()->isVisible());
+    QCOMPARE(f.h.app().joinDialogContext(), qint8(0));
+}
+
+void TestDialogs::defaultProfileChoiceIsAbandonedSafely()
+{
+    DialogFixture f;
+    f.openJoinOn(3);
+    QComboBox *profiles = f.combo("joinUser8021XProfilePopupButton");
+    profiles->setCurrentIndex(1); // "Home lab"
+    f.h.app().change8021XProfile();
+    QCOMPARE(f.edit("joinUsernameField")->text(), QStringLiteral("bob"));
+    profiles->setCurrentIndex(0); // "Default": no stored profile there, nothing changes
+    f.h.app().change8021XProfile();
+    QCOMPARE(f.edit("joinUsernameField")->text(), QStringLiteral("bob"));
+    // Joining with "Default" builds a new profile from the fields.
+    f.h.app().joinOKButtonPressed();
+    const auto sent = f.h.backend->associationParameters.constLast()
+                          .value(kCWAssocKey8021XProfile).value<CW8021XProfileRef>();
+    QVERIFY(sent);
+    QVERIFY(sent != f.corpProfile);
+    QCOMPARE(sent->userDefinedName(), QStringLiteral("D corp"));
+    QCOMPARE(sent->username(), QStringLiteral("bob"));
+}
+
+void TestDialogs::emptyPassphraseSendsNoParameters()
+{
+    DialogFixture f;
+    f.openJoinOn(2);
+    QVERIFY(f.edit("joinPassphraseField")->text().isEmpty());
+    f.h.app().joinOKButtonPressed();
+    QCOMPARE(f.h.backend->associationParameters, QList<QVariantMap>{QVariantMap()});
+}
+
+void TestDialogs::wrongPassphraseKeepsTheSheetOpen()
+{
+    DialogFixture f;
+    f.h.backend->requiredPassphrase = QStringLiteral("right one");
+    f.openJoinOn(2);
+    f.edit("joinPassphraseField")->setText(QStringLiteral("wrong one"));
+    f.h.app().joinOKButtonPressed();
+    QCOMPARE(f.h.alerts.lines(), QStringList{QStringLiteral("Error: The passphrase was rejected")});
+    QVERIFY(f.h.app().joinDialogWindow()->isVisible());
+    QCOMPARE(f.edit("joinPassphraseField")->text(), QStringLiteral("wrong one"));
+    QVERIFY(!f.h.app().joinDialogWindow()->findChild<QWidget *>(QStringLiteral("joinSpinner"))->isVisible());
+
+    f.edit("joinPassphraseField")->setText(QStringLiteral("right one"));
+    f.h.app().joinOKButtonPressed();
+    QVERIFY(!f.h.app().joinDialogWindow()->isVisible());
+    QCOMPARE(f.h.backend->currentBssid, std::optional<QString>(kWpa2));
+    // The next cycle puts the joined network first.
+    f.h.app().performUpdateCycle();
+    QCOMPARE(f.h.app().networks().at(0)->bssid(), kWpa2);
+    // Reopening clears what was typed.
+    f.openJoinOn(1);
+    QVERIFY(f.edit("joinPassphraseField")->text().isEmpty());
+    // After the sheet has ended, OK associates no more.
+    f.h.app().joinCancelButtonPressed();
+    const int before = f.h.backend->associationParameters.size();
+    f.h.app().joinOKButtonPressed();
+    QCOMPARE(f.h.backend->associationParameters.size(), before);
+}
+
+void TestDialogs::joinUsesTheFullListPosition()
+{
+    DialogFixture f;
+    f.h.find<QLineEdit>("searchField")->setText(QStringLiteral("corp"));
+    f.h.app().filterNetworks();
+    QCOMPARE(f.h.app().numberOfRowsInTableView(), 1);
+    // Row 0 shows "D corp", but the sheet opens for record 0 of the full list.
+    f.openJoinOn(0);
+    QCOMPARE(f.edit("joinNetworkNameField")->text(), QStringLiteral("A open"));
+}
+
+void TestDialogs::noSelectedRowOpensNothing()
+{
+    DialogFixture f;
+    f.h.find<QTableView>("scanResultsTable")->clearSelection();
+    f.h.app().joinButtonPressed();
+    QVERIFY(!f.h.app().joinDialogWindow()->isVisible());
+    QCOMPARE(f.h.app().joinDialogContext(), qint8(0));
+}
+
+void TestDialogs::adHocSheet()
+{
+    DialogFixture f;
+    QDialog *sheet = f.h.app().ibssDialogWindow();
+    auto *name = sheet->findChild<QLineEdit *>(QStringLiteral("ibssNetworkNameField"));
+    auto *channel = sheet->findChild<QComboBox *>(QStringLiteral("ibssChannelPopupButton"));
+    auto *passphrase = sheet->findChild<QLineEdit *>(QStringLiteral("ibssPassphraseField"));
+    f.h.app().createIBSSButtonPressed();
+    f.h.app().ibssCancelButtonPressed();
+    f.h.app().createIBSSButtonPressed();
+    QVERIFY(sheet->isVisible());
+    QCOMPARE(channel->count(), 1);
+    QCOMPARE(channel->currentText(), QStringLiteral("11"));
+    QVERIFY(!channel->isEnabled());
+    QCOMPARE(name->text(), QSysInfo::machineHostName());
+
+    name->clear();
+    passphrase->setText(QStringLiteral("adhocpass"));
+    f.h.app().ibssOKButtonPressed();
+    QVERIFY(!sheet->isVisible());
+    QVariantMap expected;
+    expected.insert(kCWIBSSKeyChannel, 11);
+    expected.insert(kCWIBSSKeyPassphrase, QStringLiteral("adhocpass"));
+    QCOMPARE(f.h.backend->ibssParameters, QList<QVariantMap>{expected});
+    // The passphrase is cleared when the sheet opens again.
+    f.h.app().createIBSSButtonPressed();
+    QVERIFY(passphrase->text().isEmpty());
+}
+
+QTEST_MAIN(TestDialogs)
+#include "tst_dialogs.moc"
