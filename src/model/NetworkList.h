@@ -40,5 +40,6 @@ public:
 
 private:
     QList<NetworkObjectRef> m_items;
-    QHash<QString, NetworkObjectRef> m_byBssid;
+    QHash<QString, NetworkObjectRef> m_byBssid; // first record per BSSID, in list order
+    bool m_hasDuplicateBssids = false;
 };
