@@ -128,8 +128,9 @@ TEST(NetworkListSort, ThousandsOfRecordsWithHiddenNamesSortedManyTimes)
         for (const NetworkObjectRef &r : list)
             after.insert(r.get());
         ASSERT_EQ(after, all);
-        if (round % 5 != 0)
+        if (round % 5 != 0) {
             ASSERT_EQ(list.at(0)->bssid(), current);
+        }
         ASSERT_EQ(list.networkWithBssid(current)->bssid(), current);
     }
 
