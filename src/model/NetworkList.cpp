@@ -70,28 +70,32 @@ int NetworkList::compareForDisplay(const NetworkObject &a, const NetworkObject &
 
 void NetworkList::sortForDisplay(const std::optional<QString> &currentBssid)
 {
-    // The keys are taken once per record rather than once per comparison; the answers
-    // are those of compareForDisplay().
-    struct Keyed
+    // The keys are taken once per record rather than once per comparison, and the sort
+    // moves small index entries; the answers are those of compareForDisplay().
+    const qsizetype n = m_items.size();
+    std::vector<std::optional<QString>> names;
+    names.reserve(static_cast<std::size_t>(n));
+    struct Key
     {
-        NetworkObjectRef record;
-        std::optional<QString> name;
-        bool current = false;
+        qsizetype index;
+        bool current;
     };
-    std::vector<Keyed> keyed;
-    keyed.reserve(static_cast<std::size_t>(m_items.size()));
-    for (NetworkObjectRef &record : m_items) {
-        Keyed k;
-        k.current = isCurrent(record->bssid(), currentBssid);
-        k.name = record->name();
-        k.record = std::move(record);
-        keyed.push_back(std::move(k));
+    std::vector<Key> keys;
+    keys.reserve(static_cast<std::size_t>(n));
+    for (qsizetype i = 0; i < n; ++i) {
+        const NetworkObject &record = *m_items.at(i);
+        names.push_back(record.name());
+        keys.push_back({i, isCurrent(record.bssid(), currentBssid)});
     }
-    safeStableSort(keyed.begin(), keyed.end(), [](const Keyed &a, const Keyed &b) {
-        return compareKeys(a.current, a.name, b.current, b.name) < 0;
+    safeStableSort(keys.begin(), keys.end(), [&names](const Key &a, const Key &b) {
+        return compareKeys(a.current, names[static_cast<std::size_t>(a.index)], b.current,
+                           names[static_cast<std::size_t>(b.index)]) < 0;
     });
-    for (qsizetype i = 0; i < m_items.size(); ++i)
-        m_items[i] = std::move(keyed[static_cast<std::size_t>(i)].record);
+    QList<NetworkObjectRef> sorted;
+    sorted.reserve(m_items.capacity());
+    for (const Key &key : keys)
+        sorted.append(std::move(m_items[key.index]));
+    m_items = std::move(sorted);
 
     if (m_hasDuplicateBssids) {
         // With duplicates, "the first with this BSSID" depends on the order just made.

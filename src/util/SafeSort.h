@@ -55,7 +55,10 @@ void safeStableSort(RandomIt first, RandomIt last, Less less)
     // Merges [src+lo, src+mid) and [src+mid, src+hi) into dst+lo.
     auto mergeRuns = [&less](auto src, auto dst, Diff lo, Diff mid, Diff hi) {
         Diff a = lo, b = mid, out = lo;
-        while (a < mid && b < hi) {
+        // Runs already in order (the usual case when re-sorting a sorted list) are
+        // copied through with one comparison.
+        const bool inOrder = mid < hi && !less(src[mid], src[mid - 1]);
+        while (!inOrder && a < mid && b < hi) {
             if (less(src[b], src[a]))
                 dst[out++] = std::move(src[b++]);
             else

@@ -58,6 +58,15 @@ TEST(SafeStableSort, MatchesStableSortForProperOrderings)
                 ASSERT_EQ(items[i].key, expected[i].key) << n;
                 ASSERT_EQ(items[i].order, expected[i].order) << n;
             }
+            // Sorted input (every later display sort) and reversed input.
+            auto again = items;
+            safeStableSort(again.begin(), again.end(), byKey);
+            ASSERT_TRUE(
+                std::equal(again.begin(), again.end(), items.begin(), items.end(),
+                           [](const Item &x, const Item &y) { return x.order == y.order; }));
+            std::reverse(again.begin(), again.end());
+            safeStableSort(again.begin(), again.end(), byKey);
+            ASSERT_TRUE(std::is_sorted(again.begin(), again.end(), byKey));
         }
     }
 }
