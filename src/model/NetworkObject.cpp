@@ -479,34 +479,14 @@ QString NetworkObject::htmlTableHeadString()
 QString NetworkObject::csvString() const
 {
     const auto columns = exportColumns(*this);
-    QString row;
-    qsizetype length = columns.size();
-    for (const QString &c : columns)
-        length += c.size();
-    row.reserve(length);
-    for (std::size_t i = 0; i < columns.size(); ++i) {
-        if (i > 0)
-            row += QLatin1Char('\t');
-        row += columns[i];
-    }
-    row += QLatin1Char('\n');
-    return row;
+    return QStringList(columns.begin(), columns.end()).join(QLatin1Char('\t')) + QLatin1Char('\n');
 }
 
 QString NetworkObject::htmlRowString() const
 {
     const auto columns = exportColumns(*this);
-    QString row;
-    qsizetype length = 9 + columns.size() * 9;
+    QString row = QStringLiteral("<tr>");
     for (const QString &c : columns)
-        length += c.size();
-    row.reserve(length);
-    row += QLatin1StringView("<tr>");
-    for (const QString &c : columns) {
-        row += QLatin1StringView("<td>");
-        row += c;
-        row += QLatin1StringView("</td>");
-    }
-    row += QLatin1StringView("</tr>");
-    return row;
+        row += QLatin1StringView("<td>") + c + QLatin1StringView("</td>");
+    return row + QLatin1StringView("</tr>");
 }
