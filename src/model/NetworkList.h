@@ -9,7 +9,8 @@
 
 // The controller's list of records, one per BSSID, in display order. It only grows.
 // Lookup by BSSID goes through a hash that answers exactly what a linear search for the
-// first record with that BSSID would.
+// first record with that BSSID would, given that a record keeps the BSSID it was appended
+// with (its first scan result fixes it for good).
 class NetworkList
 {
 public:
@@ -40,5 +41,6 @@ public:
 
 private:
     QList<NetworkObjectRef> m_items;
-    QHash<QString, NetworkObjectRef> m_byBssid;
+    QHash<QString, NetworkObjectRef> m_byBssid; // first record per BSSID, in list order
+    bool m_hasDuplicateBssids = false;
 };

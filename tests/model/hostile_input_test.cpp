@@ -1,0 +1,128 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Whatever arrives over the air (any SSID bytes, absurd readings) must pass through every
+// text operation, the order and the exports without a crash; run under the sanitizers.
+#include "model/ExportDocument.h"
+#include "support/NetworkBuilder.h"
+#include "util/Clock.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+
+namespace {
+
+const QDateTime kT0(QDate(2024, 5, 1), QTime(12, 0, 0), Qt::UTC);
+
+// Exercises every text a record offers and checks the invariants that must hold for any
+// content: one line per row, 22 or more cells, well-formed UTF-16.
+void exerciseTexts(NetworkObject &rec)
+{
+    const QString line = rec.csvString();
+    EXPECT_TRUE(line.endsWith(QLatin1Char('\n')));
+    EXPECT_GE(line.count(QLatin1Char('\t')), 21);
+    const QString row = rec.htmlRowString();
+    EXPECT_TRUE(row.startsWith(QStringLiteral("<tr><td>")));
+    EXPECT_TRUE(row.endsWith(QStringLiteral("</td></tr>")));
+    EXPECT_GE(row.count(QStringLiteral("<td>")), 22);
+    if (rec.name()) {
+        EXPECT_TRUE(rec.name()->isValidUtf16());
+    }
+    for (const QString &text : {rec.signalQualityString(), rec.signalString(), rec.noiseString(),
+                                rec.snrString(), rec.channelBandString(), rec.channelWidthString(),
+                                rec.lastSeen(), rec.ibss(), rec.phyMode()}) {
+        EXPECT_TRUE(text.isValidUtf16());
+    }
+    (void)rec.signalLevel();
+    (void)NetworkObject::securityModeForString(rec.security());
+    EXPECT_EQ(rec.icon().size(), QSize(19, 17));
+}
+
+} // namespace
+
+TEST(HostileInput, SsidBytesThroughEveryTextOperation)
+{
+    const struct
+    {
+        const char *what;
+        QByteArray bytes;
+    } rows[] = {
+        {"tabs", QByteArray("\tname\twith\ttabs\t")},
+        {"newlines", QByteArray("line\nbreak\r\nthere")},
+        {"markup", QByteArray("<script>alert(1)</script>&lt;")},
+        {"invalid UTF-8", QByteArray("\xff\xfe\xc3(\x80\xbf")},
+        {"overlong slash", QByteArray("\xc0\xaf\xe0\x80\xaf")},
+        {"encoded surrogate", QByteArray("\xed\xa0\x80\xed\xbf\xbf")},
+        {"truncated sequence", QByteArray("abc\xe2\x82")},
+        {"32 NULs", QByteArray(32, '\0')},
+        {"NUL inside", QByteArray("ab\0cd", 5)},
+        {"32 bytes 0x80", QByteArray(32, '\x80')},
+        {"empty", QByteArray()},
+        {"format specifiers", QByteArray("%s%n%@%ld%%")},
+        {"longer than an SSID may be", QByteArray(300, 'x')},
+    };
+    NetworkList list;
+    QList<quint64> all;
+    for (const auto &row : rows) {
+        SCOPED_TRACE(row.what);
+        const auto rec = NetworkObject::objectWithCWNetwork(
+            NetworkBuilder().ssid(row.bytes).bssid(QString::fromUtf8(row.bytes)), kT0);
+        rec->setComment(QString::fromUtf8(row.bytes));
+        ASSERT_TRUE(rec->name().has_value());
+        exerciseTexts(*rec);
+        all << quint64(list.count());
+        list.append(rec);
+        const NetworkObjectRef found = list.networkWithBssid(rec->bssid());
+        ASSERT_NE(found, nullptr);
+        EXPECT_EQ(found->bssid(), rec->bssid());
+    }
+    list.append(NetworkObject::objectWithCWNetwork(NetworkBuilder().hidden(), kT0));
+    all << quint64(list.count() - 1);
+    list.sortForDisplay(QString::fromUtf8(rows[3].bytes));
+    list.sortForDisplay(std::nullopt);
+    const QString tsv = ExportDocument::tabSeparated(list, all);
+    EXPECT_GE(tsv.count(QLatin1Char('\n')), int(all.size()) + 1);
+    EXPECT_TRUE(
+        ExportDocument::html(list, all, kT0).endsWith(QStringLiteral("</table></body></html>")));
+}
+
+TEST(HostileInput, AbsurdReadingsAndAbsentResults)
+{
+    constexpr qint64 kMin = std::numeric_limits<qint64>::min();
+    constexpr qint64 kMax = std::numeric_limits<qint64>::max();
+    const struct
+    {
+        qint64 rssi, noise, channel;
+    } rows[] = {{kMin, kMax, kMax}, {kMax, kMin, kMin}, {kMax, kMax, 0},
+                {kMin, kMin, -1},   {0, 0, 14},         {127, -128, 196}};
+    for (const auto &row : rows) {
+        const auto rec = NetworkObject::objectWithCWNetwork(
+            NetworkBuilder().rssi(row.rssi).noise(row.noise).channel(row.channel, -5, 99), kT0);
+        for (int i = 0; i < 5; ++i)
+            rec->updateWithCWNetwork(
+                NetworkBuilder().rssi(row.noise).noise(row.rssi).channel(row.channel, 3, -7), kT0);
+        EXPECT_LE(rec->minSNR(), 100);
+        EXPECT_GE(rec->maxSNR(), -100);
+        exerciseTexts(*rec);
+        EXPECT_TRUE(rec->csvString().contains(QString::number(row.channel)));
+    }
+
+    // A record born from an absent result: gap entries only, no name, no BSSID.
+    const auto empty = NetworkObject::objectWithCWNetwork(nullptr, kT0);
+    EXPECT_FALSE(empty->name().has_value());
+    EXPECT_EQ(empty->signals().size(), 1);
+    EXPECT_EQ(empty->signal(), 0.0); // reading a gap as a number is a safe zero
+    EXPECT_EQ(empty->snr(), 0);
+    EXPECT_EQ(empty->phyMode(), QString());
+    EXPECT_TRUE(empty->csvString().startsWith(QStringLiteral("(null)\t(null)\t\t")));
+    exerciseTexts(*empty);
+    NetworkObject bare;
+    exerciseTexts(bare);
+
+    // A clock far from the record's time.
+    ManualClock clock(QDateTime(QDate(9999, 12, 31), QTime(23, 59), Qt::UTC));
+    Clock::setInstance(&clock);
+    EXPECT_FALSE(empty->lastSeen().isEmpty());
+    clock.set(QDateTime(QDate(1, 1, 1), QTime(0, 0), Qt::UTC));
+    EXPECT_EQ(empty->lastSeen(), QStringLiteral("Just now"));
+    Clock::setInstance(nullptr);
+}

@@ -1,0 +1,132 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The list of records: lookup by BSSID and the display order.
+#include "model/NetworkList.h"
+#include "support/NetworkBuilder.h"
+#include "util/RandomSource.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+const QDateTime kT0(QDate(2024, 5, 1), QTime(12, 0, 0), Qt::UTC);
+
+NetworkObjectRef record(const QString &bssid, const std::optional<QByteArray> &name)
+{
+    NetworkBuilder b;
+    b.bssid(bssid);
+    if (name)
+        b.ssid(*name);
+    else
+        b.hidden();
+    return NetworkObject::objectWithCWNetwork(b, kT0);
+}
+
+NetworkObjectRef linearFirst(const NetworkList &list, const QString &bssid)
+{
+    for (const NetworkObjectRef &r : list) {
+        if (r->bssid() == bssid)
+            return r;
+    }
+    return nullptr;
+}
+
+QStringList names(const NetworkList &list)
+{
+    QStringList out;
+    for (const NetworkObjectRef &r : list)
+        out << r->name().value_or(QStringLiteral("-")) + QLatin1Char('@') + r->bssid().right(1);
+    return out;
+}
+
+} // namespace
+
+TEST(NetworkList, LookupAnswersAsTheFirstMatchOfALinearSearch)
+{
+    SeededRandomSource random(7);
+    NetworkList list;
+    QStringList asked{QString(), QStringLiteral(""), QStringLiteral("ff:ff:ff:ff:ff:ff"),
+                      QStringLiteral("00:00:00:00:00:0")};
+    for (int i = 0; i < 400; ++i) {
+        // About one BSSID in ten repeats, some records carry an empty BSSID.
+        const int id = random.uniform(0, 360);
+        const QString bssid =
+            id == 0 ? QString() : QStringLiteral("00:00:00:00:%1").arg(id, 5, 16, QLatin1Char('0'));
+        const QByteArray name = QByteArray::number(random.uniform(0, 50));
+        list.append(record(bssid, random.uniform(0, 4) ? std::optional(name) : std::nullopt));
+        asked << bssid;
+    }
+    list.append(nullptr); // ignored
+    EXPECT_EQ(list.count(), 400);
+
+    auto check = [&] {
+        for (const QString &bssid : asked)
+            ASSERT_EQ(list.networkWithBssid(bssid), linearFirst(list, bssid))
+                << bssid.toStdString();
+    };
+    check();
+    for (const char *current : {"00:00:00:00:00:01", "", "00:00:00:00:00:0a"}) {
+        list.sortForDisplay(QString::fromLatin1(current));
+        check();
+    }
+    list.sortForDisplay(std::nullopt);
+    check();
+    // A BSSID changed behind the list's back still gets the linear answer.
+    list.at(3)->setBssid(QStringLiteral("12:34:56:78:9a:bc"));
+    check();
+}
+
+TEST(NetworkList, CompareForDisplay)
+{
+    const auto a = record(QStringLiteral("00:00:00:00:00:0a"), QByteArray("alpha"));
+    const auto b = record(QStringLiteral("00:00:00:00:00:0b"), QByteArray("Beta"));
+    const auto hidden = record(QStringLiteral("00:00:00:00:00:0c"), std::nullopt);
+    const auto noBssid = record(QString(), QByteArray("zulu"));
+    const std::optional<QString> none;
+    const std::optional<QString> empty = QStringLiteral("");
+    const std::optional<QString> onA = a->bssid(), onHidden = hidden->bssid();
+    const struct
+    {
+        const char *what;
+        const NetworkObjectRef &x, &y;
+        std::optional<QString> current;
+        int expected;
+    } rows[] = {
+        {"case-sensitive: B before a", a, b, none, 1},
+        {"reverse", b, a, none, -1},
+        {"same record", a, a, none, 0},
+        {"current first", b, a, onA, 1},
+        {"current first, other side", a, b, onA, -1},
+        {"hidden equals any", hidden, a, none, 0},
+        {"hidden equals any, other side", b, hidden, none, 0},
+        {"hidden current comes first", b, hidden, onHidden, 1},
+        {"empty current promotes nothing", noBssid, a, empty, 1},
+        {"no current promotes nothing", noBssid, b, none, 1},
+    };
+    for (const auto &row : rows)
+        EXPECT_EQ(NetworkList::compareForDisplay(*row.x, *row.y, row.current), row.expected)
+            << row.what;
+}
+
+TEST(NetworkList, SortPutsTheAssociatedNetworkFirstThenNamesStably)
+{
+    NetworkList list;
+    list.append(record(QStringLiteral("00:00:00:00:00:01"), QByteArray("delta")));
+    list.append(record(QStringLiteral("00:00:00:00:00:02"), QByteArray("Alpha")));
+    list.append(record(QStringLiteral("00:00:00:00:00:03"), QByteArray("charlie")));
+    list.append(record(QStringLiteral("00:00:00:00:00:04"), QByteArray("bravo")));
+    list.append(record(QStringLiteral("00:00:00:00:00:05"), QByteArray("charlie")));
+
+    list.sortForDisplay(QStringLiteral("00:00:00:00:00:05"));
+    EXPECT_EQ(names(list),
+              QStringList({"charlie@5", "Alpha@2", "bravo@4", "charlie@3", "delta@1"}));
+    list.sortForDisplay(std::nullopt);
+    EXPECT_EQ(names(list),
+              QStringList({"Alpha@2", "bravo@4", "charlie@5", "charlie@3", "delta@1"}));
+    list.sortForDisplay(QStringLiteral(""));
+    EXPECT_EQ(names(list),
+              QStringList({"Alpha@2", "bravo@4", "charlie@5", "charlie@3", "delta@1"}));
+    // A network that vanished from the scan keeps its record and its place by name.
+    list.sortForDisplay(QStringLiteral("00:00:00:00:00:09"));
+    EXPECT_EQ(list.count(), 5);
+    EXPECT_EQ(list.at(0)->name(), QStringLiteral("Alpha"));
+}

@@ -1,0 +1,217 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The update step of a network record: conversions, statistics, histories and trimming.
+#include "model/NetworkObject.h"
+#include "support/NetworkBuilder.h"
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+namespace {
+
+const QDateTime kT0(QDate(2024, 5, 1), QTime(12, 0, 0), Qt::UTC);
+
+struct Sample
+{
+    qint64 rssi;
+    qint64 noise;
+};
+
+NetworkObjectRef recordFrom(const std::vector<Sample> &samples)
+{
+    NetworkObjectRef record;
+    int i = 0;
+    for (const Sample &s : samples) {
+        const CWNetworkRef r = NetworkBuilder().rssi(s.rssi).noise(s.noise);
+        const QDateTime t = kT0.addSecs(i++);
+        if (!record)
+            record = NetworkObject::objectWithCWNetwork(r, t);
+        else
+            record->updateWithCWNetwork(r, t);
+    }
+    return record;
+}
+
+} // namespace
+
+TEST(NetworkObjectConversion, FractionsLevelAndSNR)
+{
+    struct Row
+    {
+        qint64 dbm;
+        float fraction;
+    };
+    const Row rows[] = {{-106, 0.0f}, {-53, 0.5f}, {0, 1.0f}, {-120, -0.132075f}, {10, 1.094340f}};
+    for (const Row &row : rows)
+        EXPECT_NEAR(NetworkObject::signalDBIAsPercentage(row.dbm), row.fraction, 1e-6) << row.dbm;
+
+    EXPECT_NEAR(NetworkObject::snrWithRSSI(-60, -90), 0.403774, 1e-6);
+    EXPECT_NEAR(NetworkObject::levelWithRSSI(-60, -90), 0.418868, 1e-6);
+    // The result is a single-precision value widened, not a double computation.
+    const double snr = NetworkObject::snrWithRSSI(-60, -90);
+    EXPECT_EQ(snr, static_cast<double>(static_cast<float>(snr)));
+}
+
+TEST(NetworkObjectUpdate, FirstUpdateCopiesTheResultAndSeedsStatistics)
+{
+    const CWNetworkRef r = NetworkBuilder()
+                               .ssid("Cafe")
+                               .bssid("aa:bb:cc:dd:ee:ff")
+                               .channel(149, kCWChannelBand5GHz, kCWChannelWidth40MHz)
+                               .securities({kCWSecurityWPA2Personal});
+    const NetworkObjectRef rec = NetworkObject::objectWithCWNetwork(r, kT0);
+
+    EXPECT_EQ(rec->cwNetwork(), r);
+    EXPECT_EQ(rec->name(), QStringLiteral("Cafe"));
+    EXPECT_EQ(rec->bssid(), QStringLiteral("aa:bb:cc:dd:ee:ff"));
+    EXPECT_EQ(rec->signals().size(), 1);
+    EXPECT_EQ(rec->noises().size(), 1);
+    EXPECT_EQ(rec->SNRs().size(), 1);
+    EXPECT_NEAR(*rec->SNRs().first(), 40.37736, 1e-5); // stored unrounded
+    EXPECT_EQ(rec->snr(), 40);
+    EXPECT_DOUBLE_EQ(rec->signal(), double(NetworkObject::signalDBIAsPercentage(-60)));
+    EXPECT_DOUBLE_EQ(rec->noise(), double(NetworkObject::signalDBIAsPercentage(-90)));
+    for (double v : {rec->avgSignal(), rec->minSignal(), rec->maxSignal()})
+        EXPECT_DOUBLE_EQ(v, rec->signal());
+    for (double v : {rec->avgNoise(), rec->minNoise(), rec->maxNoise()})
+        EXPECT_DOUBLE_EQ(v, rec->noise());
+    EXPECT_EQ(rec->avgSNR(), 40);
+    EXPECT_EQ(rec->minSNR(), 40);
+    EXPECT_EQ(rec->maxSNR(), 40);
+    EXPECT_EQ(rec->channel(), 149);
+    EXPECT_EQ(rec->channelBand(), kCWChannelBand5GHz);
+    EXPECT_EQ(rec->channelWidth(), kCWChannelWidth40MHz);
+    EXPECT_EQ(rec->phyMode(), QStringLiteral("802.11g/n"));
+    EXPECT_EQ(rec->security(), QStringLiteral("WPA2 Personal"));
+    EXPECT_EQ(rec->lastUpdated(), kT0);
+    EXPECT_FALSE(rec->signalQuality().has_value());
+    EXPECT_FALSE(rec->vendor().has_value());
+    // Fractions in [0, 1) truncate to 0 dBm each: level(0, 0) = 1 - 0.1.
+    EXPECT_DOUBLE_EQ(rec->signalLevel(), double(0.9f));
+}
+
+TEST(NetworkObjectUpdate, StatisticsOverWholeHistoryWithStartBounds)
+{
+    struct Row
+    {
+        const char *what;
+        std::vector<Sample> samples;
+        double maxSignal, minSignal, maxNoise, minNoise;
+        qint64 avgSNR, minSNR, maxSNR;
+    };
+    const double f60 = NetworkObject::signalDBIAsPercentage(-60);
+    const double f59 = NetworkObject::signalDBIAsPercentage(-59);
+    const double f90 = NetworkObject::signalDBIAsPercentage(-90);
+    const double f107 = NetworkObject::signalDBIAsPercentage(-107);
+    const double f108 = NetworkObject::signalDBIAsPercentage(-108);
+    const double f250 = NetworkObject::signalDBIAsPercentage(-250);
+    const double fPlus10 = NetworkObject::signalDBIAsPercentage(10);
+    const double f20 = NetworkObject::signalDBIAsPercentage(20);
+    const Row rows[] = {
+        // SNR 40.38 and 41.32: the integer mean truncates to 40.
+        {"integer mean", {{-60, -90}, {-59, -90}}, f59, f60, f90, f90, 40, 40, 41},
+        // SNR -3.96 and -4.91 read as -3 and -4; the mean -3.5 truncates toward zero.
+        {"negative SNR", {{-107, -90}, {-108, -90}}, 0.0, f108, f90, f90, -3, -4, -3},
+        // Every signal below -106 dBm: maxSignal keeps its floor 0.0; SNR -138 keeps
+        // maxSNR at its floor -100.
+        {"below floors", {{-250, -90}}, 0.0, f250, f90, f90, -138, -138, -100},
+        // Noise above 0 dBm passes the noise floor but not the ceiling of minNoise.
+        {"noise above 1", {{-60, 10}}, f60, f60, fPlus10, 1.0, 21, 21, 21},
+        // SNR 118.9 stays above the ceiling of minSNR.
+        {"SNR above 100", {{20, -106}}, f20, 1.0, 0.0, 0.0, 118, 100, 118},
+        {"mixed", {{-60, -90}, {-107, -90}, {-59, -90}}, f59, f107, f90, f90, 26, -3, 41},
+    };
+    for (const Row &row : rows) {
+        SCOPED_TRACE(row.what);
+        const NetworkObjectRef rec = recordFrom(row.samples);
+        double sum = 0.0;
+        for (const Sample &s : row.samples)
+            sum += double(NetworkObject::signalDBIAsPercentage(s.rssi));
+        EXPECT_DOUBLE_EQ(rec->avgSignal(), sum / double(row.samples.size()));
+        EXPECT_DOUBLE_EQ(rec->maxSignal(), row.maxSignal);
+        EXPECT_DOUBLE_EQ(rec->minSignal(), row.minSignal);
+        EXPECT_DOUBLE_EQ(rec->maxNoise(), row.maxNoise);
+        EXPECT_DOUBLE_EQ(rec->minNoise(), row.minNoise);
+        EXPECT_EQ(rec->avgSNR(), row.avgSNR);
+        EXPECT_EQ(rec->minSNR(), row.minSNR);
+        EXPECT_EQ(rec->maxSNR(), row.maxSNR);
+    }
+}
+
+TEST(NetworkObjectUpdate, CurrentValuesTruncateStoredSNR)
+{
+    NetworkObject rec;
+    EXPECT_EQ(rec.signal(), 0.0);
+    EXPECT_EQ(rec.noise(), 0.0);
+    EXPECT_EQ(rec.snr(), 0);
+    const struct
+    {
+        double stored;
+        qint64 read;
+    } rows[] = {{-3.7, -3}, {40.9, 40}, {0.0, 0}, {1e300, std::numeric_limits<qint64>::max()}};
+    for (const auto &row : rows) {
+        rec.setSNRs({row.stored});
+        EXPECT_EQ(rec.snr(), row.read) << row.stored;
+    }
+}
+
+TEST(NetworkObjectHistory, KeepsTheLatest301Updates)
+{
+    // The first update is an outlier at 0 dBm; once trimmed away, the maximum drops.
+    std::vector<Sample> samples{{0, -90}};
+    for (int i = 0; i < 301; ++i)
+        samples.push_back({-60 - (i % 3), -90});
+    const NetworkObjectRef rec = recordFrom(samples);
+    ASSERT_EQ(rec->signals().size(), NetworkObject::kHistoryCapacity);
+    EXPECT_EQ(rec->noises().size(), NetworkObject::kHistoryCapacity);
+    EXPECT_EQ(rec->SNRs().size(), NetworkObject::kHistoryCapacity);
+    EXPECT_FLOAT_EQ(*rec->signals().first(), NetworkObject::signalDBIAsPercentage(-60));
+    EXPECT_DOUBLE_EQ(rec->maxSignal(), double(NetworkObject::signalDBIAsPercentage(-60)));
+    EXPECT_DOUBLE_EQ(rec->minSignal(), double(NetworkObject::signalDBIAsPercentage(-62)));
+
+    // 100 more updates: still 301, the oldest left is update 102 (index 101).
+    for (int i = 0; i < 100; ++i)
+        rec->updateWithCWNetwork(NetworkBuilder().rssi(-40 - i), kT0.addSecs(1000 + i));
+    EXPECT_EQ(rec->signals().size(), NetworkObject::kHistoryCapacity);
+    EXPECT_FLOAT_EQ(*rec->signals().first(), NetworkObject::signalDBIAsPercentage(-60 - (100 % 3)));
+    EXPECT_FLOAT_EQ(*rec->signals().last(), NetworkObject::signalDBIAsPercentage(-139));
+}
+
+TEST(NetworkObjectHistory, AbsentResultLeavesGapsAndKeepsStatistics)
+{
+    const CWNetworkRef first = NetworkBuilder().rssi(-60);
+    const NetworkObjectRef rec = NetworkObject::objectWithCWNetwork(first, kT0);
+    const double avg = rec->avgSignal();
+
+    EXPECT_EQ(rec->updateWithCWNetwork(nullptr, kT0.addSecs(5)), rec.get());
+    for (qsizetype size : {rec->signals().size(), rec->noises().size(), rec->SNRs().size()})
+        EXPECT_EQ(size, 2);
+    EXPECT_FALSE(rec->signals().last().has_value());
+    EXPECT_FALSE(rec->noises().last().has_value());
+    EXPECT_FALSE(rec->SNRs().last().has_value());
+    EXPECT_FALSE(rec->name().has_value()); // cleared on purpose
+    EXPECT_EQ(rec->cwNetwork(), first);    // kept
+    EXPECT_EQ(rec->avgSignal(), avg);
+    EXPECT_EQ(rec->lastUpdated(), kT0);
+    EXPECT_EQ(rec->bssid(), QStringLiteral("00:11:22:33:44:55"));
+
+    // The gap is skipped by the next recomputation.
+    rec->updateWithCWNetwork(NetworkBuilder().rssi(-50), kT0.addSecs(10));
+    const double expected = (double(NetworkObject::signalDBIAsPercentage(-60)) +
+                             double(NetworkObject::signalDBIAsPercentage(-50))) /
+                            2.0;
+    EXPECT_DOUBLE_EQ(rec->avgSignal(), expected);
+    EXPECT_EQ(rec->name(), QStringLiteral("Home"));
+    EXPECT_EQ(rec->lastUpdated(), kT0.addSecs(10));
+}
+
+TEST(NetworkObjectUpdate, OnlyTheFirstResultSetsTheBssid)
+{
+    const NetworkObjectRef rec = NetworkObject::objectWithCWNetwork(
+        NetworkBuilder().bssid("00:00:00:00:00:01").ssid("One"), kT0);
+    rec->updateWithCWNetwork(NetworkBuilder().bssid("00:00:00:00:00:02").ssid("Two"), kT0);
+    EXPECT_EQ(rec->bssid(), QStringLiteral("00:00:00:00:00:01"));
+    EXPECT_EQ(rec->name(), QStringLiteral("Two"));
+    rec->updateWithCWNetwork(NetworkBuilder().hidden(), kT0);
+    EXPECT_FALSE(rec->name().has_value());
+}
