@@ -229,8 +229,8 @@ void AppDelegate::calcDetailPanelLocation()
     const QPointF m = QCursor::pos();
     const QSizeF p = m_detailPanel ? QSizeF(m_detailPanel->frameGeometry().size()) : QSizeF(0, 0);
     // Qt's y grows downwards: the panel's top edge sits 17 points below the pointer.
-    const double x = clampFloat(m.x(), 0, s.width() - p.width());
-    const double y = clampFloat(m.y() + 17, 0, s.height() - p.height());
+    const double x = GeometryUtil::clampFloat(m.x(), 0, s.width() - p.width());
+    const double y = GeometryUtil::clampFloat(m.y() + 17, 0, s.height() - p.height());
     m_detailPanelLocation = QPointF(x, y);
 }
 

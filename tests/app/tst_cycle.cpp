@@ -41,7 +41,7 @@ void TestCycle::tickRuleFollowsTheInterval()
     AppHarness h;
     h.preferences->setUpdateInterval(interval); // positions 1 and 2 store 1 and 2 s
     if (interval == 3)
-        QSettings().setValue(QStringLiteral("ui"), 3);
+        QSettings(QStringLiteral("Corvane"), QStringLiteral("Wi-Fi Monitor")).setValue(QStringLiteral("ui"), 3);
     h.app().applicationDidFinishLaunching();
     QCOMPARE(h.app().tickCount(), quint64(0));
     QList<int> worked;

@@ -36,6 +36,8 @@ AppDelegate &AppHarness::restart()
     options.runStartupProbe = false;
     options.startTimer = false;
     m_app = std::make_unique<AppDelegate>(options);
+    // Tests that skip the launch still talk to the first interface.
+    m_app->interfaceSelected();
     return *m_app;
 }
 

@@ -41,7 +41,7 @@ public:
 
     // A new controller over the same settings and backend (a restart of the program).
     AppDelegate &restart();
-    AppDelegate &app() { return *m_app; }
+    AppDelegate &app() const { return *m_app; }
     QWidget *widget(const char *objectName) const;
     template <typename T> T *find(const char *objectName) const
     {
