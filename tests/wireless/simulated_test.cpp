@@ -1,0 +1,586 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The simulated radio: its built-in scenario, repeatability, the actions, faults and the
+// scenario reader's messages.
+#include "util/Clock.h"
+#include "wireless/CWInterface.h"
+#include "wireless/CWKeys.h"
+#include "wireless/CWTypes.h"
+#include "wireless/SFAuthorization.h"
+#include "wireless/simulated/SimulatedBackend.h"
+
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <set>
+
+namespace {
+
+const QDateTime kStart(QDate(2024, 5, 1), QTime(12, 0, 0), Qt::UTC);
+const QString kIf = QStringLiteral("wlp2s0");
+const QString kHome5 = QStringLiteral("a4:2b:b0:5e:12:02");
+
+class SimulatedRadio : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        Clock::setInstance(&clock);
+        sim = SimulatedBackend::createDefault(42);
+        ASSERT_TRUE(sim);
+        QObject::connect(sim.get(), &WirelessBackend::linkChanged,
+                         [this](const QString &name, const QStringList &keys) {
+                             changes << name;
+                             lastKeys = keys;
+                         });
+    }
+    void TearDown() override
+    {
+        WirelessBackend::setCurrent(nullptr);
+        Clock::setInstance(nullptr);
+    }
+
+    void at(double seconds) { clock.set(kStart.addMSecs(qint64(seconds * 1000.0))); }
+    QList<CWNetworkRef> scan(const QString &name = kIf)
+    {
+        CWError error;
+        auto list = sim->scanForNetworks(name, {}, &error);
+        EXPECT_TRUE(error.isNull()) << qPrintable(error.localizedDescription());
+        return list;
+    }
+    static CWNetworkRef find(const QList<CWNetworkRef> &list, const QString &bssid)
+    {
+        for (const auto &n : list) {
+            if (n->bssid() == bssid)
+                return n;
+        }
+        return nullptr;
+    }
+    // The network as a scan would report it, even when it is too faint to be in one.
+    CWNetworkRef network(const QString &bssid)
+    {
+        return sim->world().networkOf(sim->world().indexOf(bssid), 0, sim->elapsedSeconds());
+    }
+
+    ManualClock clock{kStart};
+    std::shared_ptr<SimulatedBackend> sim;
+    QStringList changes;
+    QStringList lastKeys;
+};
+
+QList<CWNetworkRef> allStations(const SimulatedBackend &sim)
+{
+    QList<CWNetworkRef> list;
+    for (int k = 0; k < sim.world().stationCount(); ++k)
+        list << sim.world().networkOf(k, 0, 0.0);
+    return list;
+}
+
+QString ssidOf(const SimulatedBackend &sim, const QString &name)
+{
+    for (const auto &n : allStations(sim)) {
+        if (n->ssid() == name)
+            return n->bssid();
+    }
+    return {};
+}
+
+} // namespace
+
+TEST_F(SimulatedRadio, DefaultScenarioCoversTheBoundary)
+{
+    const QList<CWNetworkRef> all = allStations(*sim);
+    EXPECT_GE(all.size(), 28);
+    EXPECT_LE(all.size(), 34);
+
+    // Every security code of the boundary, each with the securityMode that belongs to it.
+    const std::map<int, int> modeOf = {{0, 0}, {1, 1}, {2, 2}, {3, 3}, {4, 3},
+                                       {6, 4}, {7, 5}, {8, 6}, {9, 6}};
+    for (const auto &[code, mode] : modeOf) {
+        bool seen = false;
+        for (const auto &n : all) {
+            if (n->supportsSecurity(code)) {
+                seen = true;
+                const bool mixed = n->supportsSecurity(kCWSecurityWPAPersonalMixed) ||
+                                   n->supportsSecurity(kCWSecurityWPAEnterpriseMixed);
+                if (!mixed || code == 3 || code == 8) {
+                    EXPECT_EQ(n->securityMode(), mode) << code << qPrintable(n->bssid());
+                }
+            }
+        }
+        EXPECT_TRUE(seen) << "security code " << code;
+    }
+
+    std::set<qint64> channels;
+    std::set<QString> names;
+    int hidden = 0, adHoc = 0, wide40 = 0, vht80 = 0, sharedNames = 0, nonAscii = 0;
+    std::set<unsigned> phySets;
+    for (const auto &n : all) {
+        EXPECT_EQ(n->bssid(), n->bssid().toLower());
+        EXPECT_EQ(n->bssid().size(), 17);
+        const CWChannel c = n->wlanChannel();
+        channels.insert(c.channelNumber());
+        EXPECT_EQ(c.channelBand(),
+                  c.channelNumber() <= 14 ? kCWChannelBand2GHz : kCWChannelBand5GHz);
+        hidden += !n->ssid().has_value();
+        adHoc += n->ibss();
+        wide40 += c.channelWidth() == kCWChannelWidth40MHz;
+        vht80 += c.channelWidth() == kCWChannelWidth80MHz && n->supportsPHYMode(kCWPHYMode11a) &&
+                 n->supportsPHYMode(kCWPHYMode11n);
+        phySets.insert(n->data().phyModes);
+        if (n->ssid()) {
+            sharedNames += !names.insert(*n->ssid()).second;
+            nonAscii += n->ssidData() != n->ssid()->toLatin1();
+        }
+    }
+    EXPECT_EQ(hidden, 1);
+    EXPECT_EQ(adHoc, 1);
+    EXPECT_GE(wide40, 2);
+    EXPECT_GE(vht80, 2);
+    EXPECT_GE(sharedNames, 1);
+    EXPECT_GE(nonAscii, 2);
+    EXPECT_GE(phySets.size(), 5u); // a, b, b/g, b/g/n, a/n at least
+    for (qint64 c : {1, 3, 6, 9, 11, 13, 36, 52, 100, 149, 165})
+        EXPECT_TRUE(channels.count(c)) << "channel " << c;
+    EXPECT_TRUE(sim->interfaceNames().size() >= 1 && sim->interfaceNames().first() == kIf);
+    EXPECT_EQ(sim->allUser8021XProfiles().size(), 2);
+}
+
+TEST_F(SimulatedRadio, InterfaceStartsJoinedAndFollowsItsNetwork)
+{
+    at(17.0);
+    EXPECT_TRUE(sim->powerOn(kIf));
+    EXPECT_EQ(sim->ssid(kIf), QStringLiteral("Flat 12 Home"));
+    EXPECT_EQ(sim->bssid(kIf), kHome5);
+    EXPECT_EQ(sim->interfaceState(kIf), kCWInterfaceStateRunning);
+    EXPECT_EQ(sim->opMode(kIf), kCWOpModeStation);
+    EXPECT_FALSE(sim->serviceActive(kIf));
+    EXPECT_EQ(sim->countryCode(kIf), QStringLiteral("DE"));
+    EXPECT_EQ(sim->transmitPower(kIf), 31);
+    EXPECT_EQ(sim->security(kIf), kCWSecurityWPA2Personal);
+    EXPECT_EQ(sim->wlanChannel(kIf), CWChannel(36, kCWChannelBand5GHz, kCWChannelWidth80MHz));
+    const QList<qint64> channels = sim->supportedChannels(kIf);
+    QList<qint64> sorted = channels;
+    std::sort(sorted.begin(), sorted.end());
+    EXPECT_NE(channels, sorted); // the platform's order, not sorted
+    EXPECT_TRUE(channels.contains(1) && channels.contains(165));
+
+    const CWNetworkRef home = find(scan(), kHome5);
+    ASSERT_TRUE(home);
+    EXPECT_EQ(sim->rssiValue(kIf), home->rssiValue());
+    EXPECT_EQ(sim->noiseMeasurement(kIf), home->noiseMeasurement());
+    EXPECT_GT(sim->transmitRate(kIf), 6.0);
+    EXPECT_LE(sim->transmitRate(kIf), 866.7);
+}
+
+TEST_F(SimulatedRadio, RepeatableWithTheSameSeed)
+{
+    auto twin = SimulatedBackend::createDefault(42);
+    auto other = SimulatedBackend::createDefault(7);
+    bool differs = false;
+    for (double t = 0.0; t < 120.0; t += 7.5) {
+        at(t);
+        const auto a = scan(), b = twin->scanForNetworks(kIf, {}, nullptr),
+                   c = other->scanForNetworks(kIf, {}, nullptr);
+        ASSERT_EQ(a.size(), b.size());
+        for (qsizetype k = 0; k < a.size(); ++k) {
+            EXPECT_EQ(a[k]->bssid(), b[k]->bssid());
+            EXPECT_EQ(a[k]->rssiValue(), b[k]->rssiValue());
+            EXPECT_EQ(a[k]->noiseMeasurement(), b[k]->noiseMeasurement());
+            const auto o = find(c, a[k]->bssid());
+            differs = differs || !o || o->rssiValue() != a[k]->rssiValue();
+        }
+        EXPECT_EQ(sim->rssiValue(kIf), twin->rssiValue(kIf));
+        EXPECT_EQ(sim->transmitRate(kIf), twin->transmitRate(kIf));
+    }
+    EXPECT_TRUE(differs);
+    // Asking twice at one moment gives the same answer: nothing depends on call order.
+    at(33.3);
+    EXPECT_EQ(sim->rssiValue(kIf), sim->rssiValue(kIf));
+}
+
+TEST_F(SimulatedRadio, SignalStaysInRangeAndMovesSmoothly)
+{
+    std::map<QString, qint64> previous;
+    std::map<QString, std::set<qint64>> values;
+    for (int s = 0; s <= 600; ++s) {
+        at(s);
+        std::map<QString, qint64> now;
+        for (const auto &n : scan()) {
+            EXPECT_GE(n->rssiValue(), -95); // the hearing threshold
+            EXPECT_LE(n->rssiValue(), -20);
+            EXPECT_GE(n->noiseMeasurement(), -100);
+            EXPECT_LE(n->noiseMeasurement(), -85);
+            now[n->bssid()] = n->rssiValue();
+            values[n->bssid()].insert(n->rssiValue());
+            if (previous.count(n->bssid())) {
+                EXPECT_LE(std::abs(n->rssiValue() - previous[n->bssid()]), 4)
+                    << qPrintable(n->bssid()) << " at " << s;
+            }
+        }
+        previous = now;
+    }
+    for (const auto &[bssid, seen] : values)
+        EXPECT_GE(seen.size(), 3u) << qPrintable(bssid); // it does move
+}
+
+TEST_F(SimulatedRadio, HiddenHotspotVanishingAndFarNetworks)
+{
+    const QString hotspot = ssidOf(*sim, QStringLiteral("Jonas’s Phone"));
+    const QString leaving = ssidOf(*sim, QStringLiteral("Umzug 2B"));
+    const QString bakery = ssidOf(*sim, QStringLiteral("Bäckerei Sonnenschein"));
+    ASSERT_FALSE(hotspot.isEmpty());
+    ASSERT_FALSE(leaving.isEmpty());
+    int hotspotOn = 0, hotspotOff = 0, bakeryOn = 0, bakeryOff = 0, hiddenSeen = 0;
+    for (int s = 0; s <= 900; s += 5) {
+        at(s);
+        const auto list = scan();
+        const bool scheduled = std::fmod(s + 30.0, 150.0) < 90.0;
+        if (find(list, hotspot))
+            ++hotspotOn;
+        else
+            ++hotspotOff;
+        if (!scheduled) {
+            EXPECT_FALSE(find(list, hotspot)) << "hotspot heard while off at " << s;
+        }
+        if (s >= 300) {
+            EXPECT_FALSE(find(list, leaving)) << "gone for good at " << s;
+        } else if (s < 60) {
+            EXPECT_TRUE(find(list, leaving)) << s;
+        }
+        (find(list, bakery) ? bakeryOn : bakeryOff)++;
+        for (const auto &n : list) {
+            if (!n->ssid()) {
+                ++hiddenSeen;
+                EXPECT_TRUE(n->ssidData().isEmpty());
+            }
+        }
+    }
+    EXPECT_GT(hotspotOn, 20);
+    EXPECT_GT(hotspotOff, 20);
+    EXPECT_GT(bakeryOn, 0);
+    EXPECT_GT(bakeryOff, 0);
+    EXPECT_GT(hiddenSeen, 0);
+}
+
+TEST_F(SimulatedRadio, PowerOffAndOn)
+{
+    CWError error;
+    ASSERT_TRUE(sim->setPower(kIf, false, &error));
+    EXPECT_TRUE(error.isNull());
+    EXPECT_EQ(changes, QStringList{kIf});
+    EXPECT_EQ(lastKeys.first(), QStringLiteral("State:/Network/Interface/wlp2s0/AirPort"));
+    EXPECT_FALSE(sim->powerOn(kIf));
+    EXPECT_FALSE(sim->ssid(kIf));
+    EXPECT_FALSE(sim->bssid(kIf));
+    EXPECT_EQ(sim->rssiValue(kIf), 0);
+    EXPECT_EQ(sim->noiseMeasurement(kIf), 0);
+    EXPECT_EQ(sim->transmitRate(kIf), 0.0);
+    EXPECT_EQ(sim->transmitPower(kIf), 0);
+    EXPECT_NE(sim->interfaceState(kIf), kCWInterfaceStateRunning);
+    EXPECT_TRUE(sim->scanForNetworks(kIf, {}, &error).isEmpty());
+    EXPECT_EQ(error.localizedDescription(), QStringLiteral("The Wi-Fi radio is switched off"));
+    EXPECT_FALSE(sim->setChannel(kIf, 6, &error));
+    EXPECT_FALSE(error.isNull());
+
+    ASSERT_TRUE(sim->setPower(kIf, true, &error));
+    EXPECT_EQ(changes.size(), 2);
+    EXPECT_EQ(sim->bssid(kIf), kHome5); // a known network is joined again
+    EXPECT_FALSE(scan().isEmpty());
+}
+
+TEST_F(SimulatedRadio, ChannelChanges)
+{
+    const struct
+    {
+        const char *what;
+        bool serviceActive;
+        quint64 channel;
+        bool ok;
+    } rows[] = {
+        {"service active", true, 6, false}, {"not supported", false, 14, false},
+        {"zero", false, 0, false},          {"negative widened", false, quint64(qint64(-1)), false},
+        {"supported", false, 6, true},
+    };
+    for (const auto &row : rows) {
+        sim->setServiceActive(kIf, row.serviceActive);
+        EXPECT_EQ(sim->serviceActive(kIf), row.serviceActive);
+        CWError error;
+        EXPECT_EQ(sim->setChannel(kIf, row.channel, &error), row.ok) << row.what;
+        EXPECT_EQ(error.isNull(), row.ok) << row.what;
+        if (!row.ok) {
+            EXPECT_EQ(sim->wlanChannel(kIf)->channelNumber(), 36) << row.what;
+        }
+    }
+    // Leaving the joined network's channel leaves the network.
+    EXPECT_EQ(sim->wlanChannel(kIf)->channelNumber(), 6);
+    EXPECT_FALSE(sim->bssid(kIf));
+    EXPECT_EQ(changes.size(), 1);
+}
+
+TEST_F(SimulatedRadio, DisassociateDropsTheLink)
+{
+    sim->disassociate(kIf);
+    EXPECT_NE(sim->interfaceState(kIf), kCWInterfaceStateRunning);
+    EXPECT_FALSE(sim->bssid(kIf));
+    EXPECT_FALSE(sim->ssid(kIf));
+    EXPECT_EQ(sim->opMode(kIf), kCWOpModeStation);
+    EXPECT_EQ(changes.size(), 1);
+    at(60.0);
+    EXPECT_FALSE(sim->bssid(kIf)); // no automatic return after leaving on purpose
+}
+
+TEST_F(SimulatedRadio, AssociationChecksCredentials)
+{
+    auto profile = [](const char *user, const char *password) {
+        auto p = CW8021XProfile::profile();
+        p->setUsername(QString::fromUtf8(user));
+        p->setPassword(QString::fromUtf8(password));
+        return QVariant::fromValue(p);
+    };
+    const struct
+    {
+        const char *ssid;
+        QVariantMap parameters;
+        const char *error; // empty: joins
+    } rows[] = {
+        {"Café Olé Gäste", {}, ""},
+        {"Müller WLAN", {}, "A passphrase is required to join \"Müller WLAN\""},
+        {"Müller WLAN",
+         {{kCWAssocKeyPassphrase, QStringLiteral("sonnenblume77")}},
+         "The passphrase was rejected"},
+        {"Müller WLAN", {{kCWAssocKeyPassphrase, QStringLiteral("Sonnenblume77")}}, ""},
+        {"Müller WLAN", {{kCWAssocKeyPassphrase, 77}}, "The passphrase parameter is not a text"},
+        {"Oma's Netz", {}, "The passphrase was rejected"}, // its stored key is outdated
+        {"Oma's Netz", {{kCWAssocKeyPassphrase, QStringLiteral("kekse")}}, ""},
+        {"Flat 12 Home", {}, ""}, // the stored passphrase
+        {"Kanzlei Berg", {}, ""}, // the stored 802.1X profile
+        {"Praxis Dr. Özdemir",
+         {},
+         "A user name and password are required to join \"Praxis Dr. Özdemir\""},
+        {"Praxis Dr. Özdemir",
+         {{kCWAssocKey8021XProfile, profile("empfang", "zahnbürste!")}},
+         "The 802.1X user name or password was rejected"},
+        {"Praxis Dr. Özdemir", {{kCWAssocKey8021XProfile, profile("empfang", "Zahnbürste!")}}, ""},
+        {"Praxis Dr. Özdemir",
+         {{kCWAssocKey8021XProfile, QStringLiteral("empfang")}},
+         "The 802.1X profile parameter holds no profile"},
+        {"Praxis Dr. Özdemir",
+         {{kCWAssocKey8021XProfile, QVariant::fromValue(CW8021XProfileRef())}},
+         "The 802.1X profile parameter holds no profile"},
+    };
+    for (const auto &row : rows) {
+        const QString bssid = ssidOf(*sim, QString::fromUtf8(row.ssid));
+        ASSERT_FALSE(bssid.isEmpty()) << row.ssid;
+        sim->disassociate(kIf);
+        CWError error;
+        const bool ok = sim->associateToNetwork(kIf, network(bssid), row.parameters, &error);
+        EXPECT_EQ(sim->lastAssociationParameters(), row.parameters);
+        EXPECT_EQ(error.localizedDescription(), QString::fromUtf8(row.error)) << row.ssid;
+        EXPECT_EQ(ok, !*row.error) << row.ssid;
+        EXPECT_EQ(sim->bssid(kIf), ok ? std::optional(bssid) : std::nullopt) << row.ssid;
+        if (ok) {
+            EXPECT_EQ(sim->interfaceState(kIf), kCWInterfaceStateRunning);
+            EXPECT_EQ(sim->wlanChannel(kIf)->channelNumber(),
+                      network(bssid)->wlanChannel().channelNumber());
+        }
+    }
+
+    // A hidden network joined by its BSSID: the interface knows its name.
+    at(10.0);
+    const QString cam = QStringLiteral("60:38:e0:1a:c5:72");
+    ASSERT_TRUE(sim->associateToNetwork(
+        kIf, network(cam), {{kCWAssocKeyPassphrase, QStringLiteral("kamera-geheim")}}, nullptr));
+    EXPECT_EQ(sim->ssid(kIf), QStringLiteral("cam-treppenhaus"));
+    EXPECT_FALSE(network(cam)->ssid());
+}
+
+TEST_F(SimulatedRadio, AdHocNetworkAppearsInLaterScans)
+{
+    CWError error;
+    EXPECT_FALSE(sim->enableIBSS(kIf, {{kCWIBSSKeyChannel, 14}}, &error));
+    EXPECT_FALSE(error.isNull());
+    EXPECT_FALSE(sim->enableIBSS(kIf, {{kCWIBSSKeyPassphrase, QStringLiteral("abc")}}, &error));
+    EXPECT_FALSE(error.isNull());
+
+    const QVariantMap parameters = {{kCWIBSSKeySSID, QStringLiteral("Spielwiese")}};
+    ASSERT_TRUE(sim->enableIBSS(kIf, parameters, &error));
+    EXPECT_TRUE(error.isNull());
+    EXPECT_EQ(sim->lastIBSSParameters(), parameters);
+    const QString own = sim->ownIBSSBssid(kIf);
+    bool ok = false;
+    const int first = own.left(2).toInt(&ok, 16);
+    ASSERT_TRUE(ok);
+    EXPECT_EQ(first & 3, 2); // locally administered unicast
+    EXPECT_EQ(sim->opMode(kIf), kCWOpModeIBSS);
+    EXPECT_EQ(sim->ssid(kIf), QStringLiteral("Spielwiese"));
+    EXPECT_EQ(sim->bssid(kIf), own);
+    EXPECT_EQ(sim->wlanChannel(kIf)->channelNumber(), 11);
+    EXPECT_EQ(sim->interfaceState(kIf), kCWInterfaceStateRunning);
+
+    at(5.0);
+    const CWNetworkRef heard = find(scan(), own);
+    ASSERT_TRUE(heard);
+    EXPECT_TRUE(heard->ibss());
+    EXPECT_EQ(heard->ssid(), QStringLiteral("Spielwiese"));
+    EXPECT_TRUE(find(scan(QStringLiteral("wlx00c0ca3e5f01")), own)); // the desk stick hears it too
+
+    sim->disassociate(kIf);
+    EXPECT_FALSE(find(scan(), own));
+    EXPECT_EQ(sim->opMode(kIf), kCWOpModeStation);
+
+    // Without a name the interface's own name is used; with a key, it is a secured network.
+    ASSERT_TRUE(
+        sim->enableIBSS(kIf, {{kCWIBSSKeyPassphrase, QStringLiteral("geheim123")}}, &error));
+    const CWNetworkRef secured = find(scan(), sim->ownIBSSBssid(kIf));
+    ASSERT_TRUE(secured);
+    EXPECT_EQ(secured->ssid(), kIf);
+    EXPECT_FALSE(secured->supportsSecurity(kCWSecurityNone));
+}
+
+TEST(SimulatedBackendFaults, ScanErrorsEmptyScansAndRefusedAuthorization)
+{
+    ManualClock clock(kStart);
+    Clock::setInstance(&clock);
+    QString text;
+    auto sim = SimulatedBackend::fromJson(R"({
+        "faults": {"refuseAuthorization": true, "scanErrorEvery": 3, "emptyScanEvery": 2},
+        "accessPoints": [{"ssid": "near", "bssid": "02:00:00:00:00:01", "channel": 6,
+                          "position": [2, 0]}]})",
+                                          1, &text);
+    ASSERT_TRUE(sim) << qPrintable(text);
+    WirelessBackend::setCurrent(sim);
+    const QString name = CWInterface::supportedInterfaces().value(0);
+    EXPECT_EQ(name, kIf);
+    // 1 full, 2 empty, 3 error, 4 empty, 5 full, 6 error (an error wins over empty).
+    const int expected[] = {1, 0, -1, 0, 1, -1};
+    for (int want : expected) {
+        CWError error;
+        const auto list = sim->scanForNetworks(name, {{kCWScanKeyMerge, true}}, &error);
+        EXPECT_EQ(error.isNull(), want >= 0);
+        EXPECT_EQ(list.size(), std::max(want, 0));
+    }
+    EXPECT_EQ(sim->scanCount(), 6);
+    EXPECT_EQ(sim->lastScanParameters().value(kCWScanKeyMerge), true);
+
+    auto auth = SFAuthorization::authorization();
+    CWError error;
+    EXPECT_FALSE(auth->obtainWithRight(QStringLiteral("system.preferences"), 19, &error));
+    EXPECT_FALSE(error.localizedDescription().isEmpty());
+    sim->setFaults({});
+    EXPECT_TRUE(auth->obtainWithRight(QStringLiteral("system.preferences"), 19, &error));
+    EXPECT_TRUE(error.isNull());
+    EXPECT_EQ(sim->authorizationCount(), 2);
+    WirelessBackend::setCurrent(nullptr);
+    Clock::setInstance(nullptr);
+}
+
+TEST(SimulatedBackendFaults, LinkLostWhenTheNetworkVanishes)
+{
+    ManualClock clock(kStart);
+    Clock::setInstance(&clock);
+    auto sim = SimulatedBackend::fromJson(R"({
+        "interfaces": [{"name": "wlan0", "associatedTo": "02:00:00:00:00:01"}],
+        "accessPoints": [{"ssid": "brief", "bssid": "02:00:00:00:00:01", "channel": 6,
+                          "position": [2, 0], "vanishesAt": 10}]})",
+                                          1, nullptr);
+    ASSERT_TRUE(sim);
+    int changes = 0;
+    QObject::connect(sim.get(), &WirelessBackend::linkChanged, [&] { ++changes; });
+    EXPECT_EQ(sim->interfaceState(QStringLiteral("wlan0")), kCWInterfaceStateRunning);
+    clock.advance(11000);
+    EXPECT_EQ(sim->interfaceState(QStringLiteral("wlan0")), kCWInterfaceStateInactive);
+    EXPECT_TRUE(sim->scanForNetworks(QStringLiteral("wlan0"), {}, nullptr).isEmpty());
+    EXPECT_EQ(changes, 1);
+    Clock::setInstance(nullptr);
+}
+
+TEST(SimulatedScenario, BadScenariosGiveClearMessages)
+{
+    const QByteArray ap = R"("bssid": "02:00:00:00:00:01", "channel": 6, "position": [1, 2])";
+    const struct
+    {
+        QByteArray json;
+        const char *message;
+    } rows[] = {
+        {"not json", "not valid JSON"},
+        {"[1, 2]", "expected an object at the top"},
+        {"{}", "accessPoints: missing"},
+        {R"({"accessPoints": {}})", "accessPoints: expected a list, found an object"},
+        {R"({"accessPoints": [7]})", "accessPoints[0]: expected an object, found a number"},
+        {R"({"accessPoints": [{"channel": 6, "position": [0, 0]}]})",
+         "accessPoints[0].bssid: missing"},
+        {R"({"accessPoints": [{"bssid": "02:00:00:00:00:01", "channel": "six", "position": [0, 0]}]})",
+         "accessPoints[0].channel: expected a number, found a text"},
+        {R"({"accessPoints": [{"bssid": "02:00:00:00:00:01", "channel": 15, "position": [0, 0]}]})",
+         "accessPoints[0].channel: 15 is no 2.4 or 5 GHz channel"},
+        {R"({"accessPoints": [{"bssid": "02-00-00-00-00-01", "channel": 6, "position": [0, 0]}]})",
+         "accessPoints[0].bssid: expected six colon-separated"},
+        {"{\"accessPoints\": [{" + ap + "}, {" + ap + "}]}",
+         "accessPoints[1].bssid: 02:00:00:00:00:01 is listed twice"},
+        {R"({"accessPoints": [{"bssid": "02:00:00:00:00:01", "channel": 6, "position": "here"}]})",
+         "accessPoints[0].position: expected a position"},
+        {"{\"accessPoints\": [{" + ap + R"(, "security": "wpa3"}]})",
+         "accessPoints[0].security: \"wpa3\" is not one of"},
+        {"{\"accessPoints\": [{" + ap + R"(, "security": "wpa2-personal"}]})",
+         "accessPoints[0].passphrase: missing"},
+        {"{\"accessPoints\": [{" + ap + R"(, "security": "wep", "passphrase": "abcdef"}]})",
+         "a WEP key has 5 or 13"},
+        {R"({"accessPoints": [{"bssid": "02:00:00:00:00:01", "channel": 36, "width": 80, "position": [0, 0]}]})",
+         "accessPoints[0].width: 80 MHz needs 802.11ac"},
+        {"{\"accessPoints\": [{" + ap + R"(, "phy": "a/n"}]})", "802.11a and ac are 5 GHz only"},
+        {"{\"accessPoints\": [{" + ap + R"(, "ssid": "123456789012345678901234567890123"}]})",
+         "longer than 32 bytes"},
+        {"{\"accessPoints\": [{" + ap + R"(, "vanishAt": 30}]})",
+         "accessPoints[0].vanishAt: unknown field"},
+        {"{\"accessPoints\": [{" + ap + R"(, "onFor": 30}]})", "onFor and offFor go together"},
+        {"{\"accessPoints\": [{" + ap + R"(, "stored": {"profile": "Work"}}]})",
+         "no user 802.1X profile is named \"Work\""},
+        {R"({"accessPoints": [], "interfaces": []})", "interfaces: needs at least one"},
+        {R"({"accessPoints": [], "interfaces": [{"name": "wlan0", "associatedTo": "02:00:00:00:00:09"}]})",
+         "interfaces[0].associatedTo: no access point has the BSSID 02:00:00:00:00:09"},
+        {R"({"accessPoints": [], "interfaces": [{"name": "wl/an0"}]})",
+         "interfaces[0].name: expected 1 to 15"},
+        {R"({"accessPoints": [], "interfaces": [{"name": "w", "supportedChannels": [1, 1]}]})",
+         "interfaces[0].supportedChannels[1]: channel 1 is listed twice"},
+        {R"({"accessPoints": [], "interfaces": [{"name": "w", "supportedChannels": [1], "channel": 6}]})",
+         "interfaces[0].channel: 6 is not among supportedChannels"},
+        {R"({"accessPoints": [], "radio": {"pathLossExponent": -1}})",
+         "radio.pathLossExponent: -1 is outside"},
+        {R"({"accessPoints": [], "faults": {"scanErrorEvery": 1.5}})",
+         "faults.scanErrorEvery: expected a whole number"},
+    };
+    for (const auto &row : rows) {
+        QString text;
+        EXPECT_FALSE(SimulatedBackend::fromJson(row.json, 1, &text)) << row.json.constData();
+        EXPECT_TRUE(text.contains(QString::fromUtf8(row.message)))
+            << row.json.constData() << "\n  gave: " << qPrintable(text);
+    }
+
+    QTemporaryDir dir;
+    QString text;
+    EXPECT_FALSE(SimulatedBackend::fromFile(dir.filePath(QStringLiteral("none.json")), 1, &text));
+    EXPECT_TRUE(text.contains(QStringLiteral("none.json")));
+}
+
+TEST(SimulatedScenario, DefaultsAndRawSsidBytes)
+{
+    QString text;
+    auto sim = SimulatedBackend::fromJson(R"({"accessPoints": [
+        {"ssidHex": "41ff00e4", "bssid": "0A:00:00:00:00:01", "channel": 1, "position": [3, 0]}]})",
+                                          5, &text);
+    ASSERT_TRUE(sim) << qPrintable(text);
+    EXPECT_TRUE(text.isEmpty());
+    EXPECT_EQ(sim->interfaceNames(), QStringList{kIf});
+    EXPECT_TRUE(sim->powerOn(kIf));
+    EXPECT_FALSE(sim->bssid(kIf));
+    EXPECT_EQ(sim->interfaceState(kIf), kCWInterfaceStateInactive);
+    EXPECT_EQ(sim->wlanChannel(kIf)->channelNumber(), 1);
+    const auto list = sim->scanForNetworks(kIf, {}, nullptr);
+    ASSERT_EQ(list.size(), 1);
+    EXPECT_EQ(list[0]->ssidData(), QByteArray::fromHex("41ff00e4"));
+    EXPECT_EQ(list[0]->bssid(), QStringLiteral("0a:00:00:00:00:01"));
+    EXPECT_TRUE(list[0]->supportsSecurity(kCWSecurityNone));
+    EXPECT_TRUE(list[0]->supportsPHYMode(kCWPHYMode11g));
+}
