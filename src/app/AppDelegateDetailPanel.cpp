@@ -42,7 +42,10 @@ void AppDelegate::setupDetailPanel()
     detailUi = std::make_unique<Ui::DetailPanel>();
     detailUi->setupUi(m_detailPanel);
     m_detailPanel->setWindowFlags(Qt::Tool | Qt::FramelessWindowHint | Qt::WindowDoesNotAcceptFocus);
-    m_detailPanel->setAutoFillBackground(true);
+    // Frameless, so it draws its own edge to stand apart from the window below it.
+    m_detailPanel->setAttribute(Qt::WA_StyledBackground);
+    m_detailPanel->setStyleSheet(QStringLiteral(
+        "#detailPanel { background: palette(window); border: 1px solid palette(shadow); }"));
     m_detailPanel->adjustSize();
     detailUi->detailPlotView->setIdentifier(QStringLiteral("detail"));
     connect(m_detailPanel, &QWidget::windowTitleChanged, detailUi->detailTitleLabel, &QLabel::setText);
