@@ -2,12 +2,14 @@
 // The simulated radio: its built-in scenario, repeatability, the actions, faults and the
 // scenario reader's messages.
 #include "util/Clock.h"
+#include "util/RandomSource.h"
 #include "wireless/CWInterface.h"
 #include "wireless/CWKeys.h"
 #include "wireless/CWTypes.h"
 #include "wireless/SFAuthorization.h"
 #include "wireless/simulated/SimulatedBackend.h"
 
+#include <QFile>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -544,6 +546,8 @@ TEST(SimulatedScenario, BadScenariosGiveClearMessages)
          "interfaces[0].name: expected 1 to 15"},
         {R"({"accessPoints": [], "interfaces": [{"name": "w", "supportedChannels": [1, 1]}]})",
          "interfaces[0].supportedChannels[1]: channel 1 is listed twice"},
+        {R"({"accessPoints": [], "interfaces": [{"name": "w", "supportedChannels": [1e300]}]})",
+         "interfaces[0].supportedChannels[0]: expected a 2.4 or 5 GHz channel number"},
         {R"({"accessPoints": [], "interfaces": [{"name": "w", "supportedChannels": [1], "channel": 6}]})",
          "interfaces[0].channel: 6 is not among supportedChannels"},
         {R"({"accessPoints": [], "radio": {"pathLossExponent": -1}})",
@@ -562,6 +566,35 @@ TEST(SimulatedScenario, BadScenariosGiveClearMessages)
     QString text;
     EXPECT_FALSE(SimulatedBackend::fromFile(dir.filePath(QStringLiteral("none.json")), 1, &text));
     EXPECT_TRUE(text.contains(QStringLiteral("none.json")));
+}
+
+TEST(SimulatedScenario, DamagedScenariosNeverCrash)
+{
+    QFile file(QStringLiteral(":/scenarios/default.json"));
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    const QByteArray original = file.readAll();
+    SeededRandomSource random(99);
+    int accepted = 0;
+    for (int round = 0; round < 300; ++round) {
+        QByteArray damaged = original;
+        // Cut it short, or overwrite a few bytes with JSON punctuation and digits.
+        if (round % 3 == 0) {
+            damaged.truncate(random.uniform(0, int(damaged.size())));
+        } else {
+            static const char kBytes[] = "{}[]\":,-0e9tn \\";
+            for (int k = random.uniform(1, 4); k > 0; --k)
+                damaged[random.uniform(0, int(damaged.size()) - 1)] =
+                    kBytes[random.uniform(0, int(sizeof kBytes) - 2)];
+        }
+        QString text;
+        const auto sim = SimulatedBackend::fromJson(damaged, 1, &text);
+        EXPECT_EQ(bool(sim), text.isEmpty());
+        if (sim) {
+            ++accepted;
+            sim->scanForNetworks(sim->interfaceNames().value(0), {}, nullptr);
+        }
+    }
+    EXPECT_LT(accepted, 300);
 }
 
 TEST(SimulatedScenario, DefaultsAndRawSsidBytes)
