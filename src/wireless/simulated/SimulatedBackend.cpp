@@ -394,8 +394,10 @@ bool SimulatedBackend::setChannel(const QString &name, quint64 channel, CWError 
     if (!iface->ownIBSS.isEmpty()) {
         // The ad-hoc network belongs to this interface and moves with it.
         m_world.setChannel(iface->ownIBSS, int(channel));
-    } else if (station >= 0 && m_world.station(station).ap.channel != qint64(channel)) {
-        // A station cannot stay with a network on another channel: the link is dropped.
+    } else if (const int wanted = m_world.indexOf(iface->joined);
+               wanted >= 0 && m_world.station(wanted).ap.channel != qint64(channel)) {
+        // A station cannot stay with a network on another channel: the link is dropped, and
+        // the network is not joined again when it is back in range.
         iface->joined.clear();
     }
     iface->linkReported = linkedStation(k) >= 0;
