@@ -1,14 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The simulated radio: its built-in scenario, repeatability, the actions, faults and the
-// scenario reader's messages.
+// The simulated radio: its built-in scenario, repeatability, the actions and the faults.
 #include "util/Clock.h"
 #include "wireless/CWInterface.h"
 #include "wireless/CWKeys.h"
 #include "wireless/CWTypes.h"
 #include "wireless/SFAuthorization.h"
 #include "wireless/simulated/SimulatedBackend.h"
-
-#include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
@@ -494,93 +491,4 @@ TEST(SimulatedBackendFaults, LinkLostWhenTheNetworkVanishes)
     EXPECT_TRUE(sim->scanForNetworks(QStringLiteral("wlan0"), {}, nullptr).isEmpty());
     EXPECT_EQ(changes, 1);
     Clock::setInstance(nullptr);
-}
-
-TEST(SimulatedScenario, BadScenariosGiveClearMessages)
-{
-    const QByteArray ap = R"("bssid": "02:00:00:00:00:01", "channel": 6, "position": [1, 2])";
-    const struct
-    {
-        QByteArray json;
-        const char *message;
-    } rows[] = {
-        {"not json", "not valid JSON"},
-        {"[1, 2]", "expected an object at the top"},
-        {"{}", "accessPoints: missing"},
-        {R"({"accessPoints": {}})", "accessPoints: expected a list, found an object"},
-        {R"({"accessPoints": [7]})", "accessPoints[0]: expected an object, found a number"},
-        {R"({"accessPoints": [{"channel": 6, "position": [0, 0]}]})",
-         "accessPoints[0].bssid: missing"},
-        {R"({"accessPoints": [{"bssid": "02:00:00:00:00:01", "channel": "six", "position": [0, 0]}]})",
-         "accessPoints[0].channel: expected a number, found a text"},
-        {R"({"accessPoints": [{"bssid": "02:00:00:00:00:01", "channel": 15, "position": [0, 0]}]})",
-         "accessPoints[0].channel: 15 is no 2.4 or 5 GHz channel"},
-        {R"({"accessPoints": [{"bssid": "02-00-00-00-00-01", "channel": 6, "position": [0, 0]}]})",
-         "accessPoints[0].bssid: expected six colon-separated"},
-        {"{\"accessPoints\": [{" + ap + "}, {" + ap + "}]}",
-         "accessPoints[1].bssid: 02:00:00:00:00:01 is listed twice"},
-        {R"({"accessPoints": [{"bssid": "02:00:00:00:00:01", "channel": 6, "position": "here"}]})",
-         "accessPoints[0].position: expected a position"},
-        {"{\"accessPoints\": [{" + ap + R"(, "security": "wpa3"}]})",
-         "accessPoints[0].security: \"wpa3\" is not one of"},
-        {"{\"accessPoints\": [{" + ap + R"(, "security": "wpa2-personal"}]})",
-         "accessPoints[0].passphrase: missing"},
-        {"{\"accessPoints\": [{" + ap + R"(, "security": "wep", "passphrase": "abcdef"}]})",
-         "a WEP key has 5 or 13"},
-        {R"({"accessPoints": [{"bssid": "02:00:00:00:00:01", "channel": 36, "width": 80, "position": [0, 0]}]})",
-         "accessPoints[0].width: 80 MHz needs 802.11ac"},
-        {"{\"accessPoints\": [{" + ap + R"(, "phy": "a/n"}]})", "802.11a and ac are 5 GHz only"},
-        {"{\"accessPoints\": [{" + ap + R"(, "ssid": "123456789012345678901234567890123"}]})",
-         "longer than 32 bytes"},
-        {"{\"accessPoints\": [{" + ap + R"(, "vanishAt": 30}]})",
-         "accessPoints[0].vanishAt: unknown field"},
-        {"{\"accessPoints\": [{" + ap + R"(, "onFor": 30}]})", "onFor and offFor go together"},
-        {"{\"accessPoints\": [{" + ap + R"(, "stored": {"profile": "Work"}}]})",
-         "no user 802.1X profile is named \"Work\""},
-        {R"({"accessPoints": [], "interfaces": []})", "interfaces: needs at least one"},
-        {R"({"accessPoints": [], "interfaces": [{"name": "wlan0", "associatedTo": "02:00:00:00:00:09"}]})",
-         "interfaces[0].associatedTo: no access point has the BSSID 02:00:00:00:00:09"},
-        {R"({"accessPoints": [], "interfaces": [{"name": "wl/an0"}]})",
-         "interfaces[0].name: expected 1 to 15"},
-        {R"({"accessPoints": [], "interfaces": [{"name": "w", "supportedChannels": [1, 1]}]})",
-         "interfaces[0].supportedChannels[1]: channel 1 is listed twice"},
-        {R"({"accessPoints": [], "interfaces": [{"name": "w", "supportedChannels": [1], "channel": 6}]})",
-         "interfaces[0].channel: 6 is not among supportedChannels"},
-        {R"({"accessPoints": [], "radio": {"pathLossExponent": -1}})",
-         "radio.pathLossExponent: -1 is outside"},
-        {R"({"accessPoints": [], "faults": {"scanErrorEvery": 1.5}})",
-         "faults.scanErrorEvery: expected a whole number"},
-    };
-    for (const auto &row : rows) {
-        QString text;
-        EXPECT_FALSE(SimulatedBackend::fromJson(row.json, 1, &text)) << row.json.constData();
-        EXPECT_TRUE(text.contains(QString::fromUtf8(row.message)))
-            << row.json.constData() << "\n  gave: " << qPrintable(text);
-    }
-
-    QTemporaryDir dir;
-    QString text;
-    EXPECT_FALSE(SimulatedBackend::fromFile(dir.filePath(QStringLiteral("none.json")), 1, &text));
-    EXPECT_TRUE(text.contains(QStringLiteral("none.json")));
-}
-
-TEST(SimulatedScenario, DefaultsAndRawSsidBytes)
-{
-    QString text;
-    auto sim = SimulatedBackend::fromJson(R"({"accessPoints": [
-        {"ssidHex": "41ff00e4", "bssid": "0A:00:00:00:00:01", "channel": 1, "position": [3, 0]}]})",
-                                          5, &text);
-    ASSERT_TRUE(sim) << qPrintable(text);
-    EXPECT_TRUE(text.isEmpty());
-    EXPECT_EQ(sim->interfaceNames(), QStringList{kIf});
-    EXPECT_TRUE(sim->powerOn(kIf));
-    EXPECT_FALSE(sim->bssid(kIf));
-    EXPECT_EQ(sim->interfaceState(kIf), kCWInterfaceStateInactive);
-    EXPECT_EQ(sim->wlanChannel(kIf)->channelNumber(), 1);
-    const auto list = sim->scanForNetworks(kIf, {}, nullptr);
-    ASSERT_EQ(list.size(), 1);
-    EXPECT_EQ(list[0]->ssidData(), QByteArray::fromHex("41ff00e4"));
-    EXPECT_EQ(list[0]->bssid(), QStringLiteral("0a:00:00:00:00:01"));
-    EXPECT_TRUE(list[0]->supportsSecurity(kCWSecurityNone));
-    EXPECT_TRUE(list[0]->supportsPHYMode(kCWPHYMode11g));
 }

@@ -348,7 +348,7 @@ private:
             const QJsonArray list = o.array(QStringLiteral("supportedChannels"));
             for (qsizetype k = 0; k < list.size() && !o.failed(); ++k) {
                 const double v = list.at(k).toDouble(-1.0);
-                const qint64 c = qint64(v);
+                const qint64 c = v >= 0.0 && v <= 1000.0 ? qint64(v) : -1;
                 if (!list.at(k).isDouble() || double(c) != v || !SimScenario::isValidChannel(c))
                     o.fail(QStringLiteral("supportedChannels[%1]").arg(k),
                            QStringLiteral("expected a 2.4 or 5 GHz channel number"));

@@ -30,14 +30,14 @@ void poweredOff(CWError *error)
 SimulatedBackend::SimulatedBackend(SimScenario scenario, quint32 seed)
     : m_world(std::move(scenario), seed, Clock::now()), m_faults(m_world.scenario().faults)
 {
-    for (const SimScenario::Interface &spec : m_world.scenario().interfaces) {
+    for (const SimScenario::Interface &config : m_world.scenario().interfaces) {
         Interface iface;
-        iface.spec = spec;
-        iface.powerOn = spec.powerOn;
-        iface.serviceActive = spec.serviceActive;
-        iface.channel = spec.channel;
-        iface.joined = spec.associatedTo;
-        const int station = m_world.indexOf(spec.associatedTo);
+        iface.config = config;
+        iface.powerOn = config.powerOn;
+        iface.serviceActive = config.serviceActive;
+        iface.channel = config.channel;
+        iface.joined = config.associatedTo;
+        const int station = m_world.indexOf(config.associatedTo);
         if (station >= 0)
             iface.channel = m_world.station(station).ap.channel;
         m_interfaces.append(iface);
@@ -103,7 +103,7 @@ double SimulatedBackend::elapsedSeconds() const
 int SimulatedBackend::indexOf(const QString &name) const
 {
     for (int k = 0; k < m_interfaces.size(); ++k) {
-        if (m_interfaces.at(k).spec.name == name)
+        if (m_interfaces.at(k).config.name == name)
             return k;
     }
     return -1;
@@ -138,7 +138,7 @@ void SimulatedBackend::reportLink(int index, bool force)
     const bool up = linkedStation(index) >= 0;
     if (force || up != iface.linkReported) {
         iface.linkReported = up;
-        Q_EMIT linkChanged(iface.spec.name, linkKeys(iface.spec.name));
+        Q_EMIT linkChanged(iface.config.name, linkKeys(iface.config.name));
     }
 }
 
@@ -156,7 +156,7 @@ QStringList SimulatedBackend::interfaceNames() const
 {
     QStringList names;
     for (const Interface &iface : m_interfaces)
-        names << iface.spec.name;
+        names << iface.config.name;
     return names;
 }
 
@@ -233,21 +233,21 @@ double SimulatedBackend::transmitRate(const QString &name) const
     const int snr =
         m_world.signal(station, k, t) - m_world.noise(SimScenario::bandOf(ap.channel), k, t);
     return SimLinkRate::transmitRate(ap.phyModes, ap.vht, ap.width,
-                                     m_interfaces.at(k).spec.spatialStreams, snr);
+                                     m_interfaces.at(k).config.spatialStreams, snr);
 }
 
 qint64 SimulatedBackend::transmitPower(const QString &name) const
 {
     const int k = indexOf(name);
-    return k >= 0 && m_interfaces.at(k).powerOn ? m_interfaces.at(k).spec.txPowerMw : 0;
+    return k >= 0 && m_interfaces.at(k).powerOn ? m_interfaces.at(k).config.txPowerMw : 0;
 }
 
 std::optional<QString> SimulatedBackend::countryCode(const QString &name) const
 {
     const int k = indexOf(name);
-    if (k < 0 || !m_interfaces.at(k).powerOn || m_interfaces.at(k).spec.countryCode.isEmpty())
+    if (k < 0 || !m_interfaces.at(k).powerOn || m_interfaces.at(k).config.countryCode.isEmpty())
         return std::nullopt;
-    return m_interfaces.at(k).spec.countryCode;
+    return m_interfaces.at(k).config.countryCode;
 }
 
 QList<qint64> SimulatedBackend::supportedChannels(const QString &name) const
@@ -255,7 +255,7 @@ QList<qint64> SimulatedBackend::supportedChannels(const QString &name) const
     const int k = indexOf(name);
     if (k < 0 || !m_interfaces.at(k).powerOn)
         return {};
-    return m_interfaces.at(k).spec.supportedChannels;
+    return m_interfaces.at(k).config.supportedChannels;
 }
 
 std::optional<CWChannel> SimulatedBackend::wlanChannel(const QString &name) const
@@ -380,7 +380,7 @@ bool SimulatedBackend::setChannel(const QString &name, quint64 channel, CWError 
         return false;
     }
     if (channel > quint64(std::numeric_limits<qint64>::max()) ||
-        !iface->spec.supportedChannels.contains(qint64(channel))) {
+        !iface->config.supportedChannels.contains(qint64(channel))) {
         CWError::set(error, kCWErrorInvalidParameter,
                      QStringLiteral("Channel %1 is not supported by %2").arg(channel).arg(name));
         return false;
@@ -394,8 +394,10 @@ bool SimulatedBackend::setChannel(const QString &name, quint64 channel, CWError 
     if (!iface->ownIBSS.isEmpty()) {
         // The ad-hoc network belongs to this interface and moves with it.
         m_world.setChannel(iface->ownIBSS, int(channel));
-    } else if (station >= 0 && m_world.station(station).ap.channel != qint64(channel)) {
-        // A station cannot stay with a network on another channel: the link is dropped.
+    } else if (const int wanted = m_world.indexOf(iface->joined);
+               wanted >= 0 && m_world.station(wanted).ap.channel != qint64(channel)) {
+        // A station cannot stay with a network on another channel: the link is dropped, and
+        // the network is not joined again when it is back in range.
         iface->joined.clear();
     }
     iface->linkReported = linkedStation(k) >= 0;
@@ -463,13 +465,13 @@ bool SimulatedBackend::enableIBSS(const QString &name, const QVariantMap &parame
         return false;
     }
     std::optional<SimScenario::AccessPoint> ap =
-        SimAdHoc::fromParameters(parameters, iface->spec, error);
+        SimAdHoc::fromParameters(parameters, iface->config, error);
     if (!ap)
         return false;
     endOwnIBSS(*iface);
     ap->bssid = m_world.randomLocalBssid();
-    ap->txPower = 10.0 * std::log10(double(iface->spec.txPowerMw));
-    ap->countryCode = iface->spec.countryCode;
+    ap->txPower = 10.0 * std::log10(double(iface->config.txPowerMw));
+    ap->countryCode = iface->config.countryCode;
     const int k = indexOf(name);
     m_world.addStation(*ap, k);
     iface->ownIBSS = ap->bssid;

@@ -78,7 +78,7 @@ public:
 private:
     struct Interface
     {
-        SimScenario::Interface spec;
+        SimScenario::Interface config;
         bool powerOn = true;
         bool serviceActive = false;
         qint64 channel = 0;

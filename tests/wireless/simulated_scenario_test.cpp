@@ -1,0 +1,134 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Reading scenario files: messages for bad ones, damaged ones, defaults and raw SSID bytes.
+#include "util/RandomSource.h"
+#include "wireless/CWTypes.h"
+#include "wireless/simulated/SimulatedBackend.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+namespace {
+const QString kIf = QStringLiteral("wlp2s0");
+} // namespace
+
+TEST(SimulatedScenario, BadScenariosGiveClearMessages)
+{
+    const QByteArray ap = R"("bssid": "02:00:00:00:00:01", "channel": 6, "position": [1, 2])";
+    const struct
+    {
+        QByteArray json;
+        const char *message;
+    } rows[] = {
+        {"not json", "not valid JSON"},
+        {"[1, 2]", "expected an object at the top"},
+        {"{}", "accessPoints: missing"},
+        {R"({"accessPoints": {}})", "accessPoints: expected a list, found an object"},
+        {R"({"accessPoints": [7]})", "accessPoints[0]: expected an object, found a number"},
+        {R"({"accessPoints": [{"channel": 6, "position": [0, 0]}]})",
+         "accessPoints[0].bssid: missing"},
+        {R"({"accessPoints": [{"bssid": "02:00:00:00:00:01", "channel": "six", "position": [0, 0]}]})",
+         "accessPoints[0].channel: expected a number, found a text"},
+        {R"({"accessPoints": [{"bssid": "02:00:00:00:00:01", "channel": 15, "position": [0, 0]}]})",
+         "accessPoints[0].channel: 15 is no 2.4 or 5 GHz channel"},
+        {R"({"accessPoints": [{"bssid": "02-00-00-00-00-01", "channel": 6, "position": [0, 0]}]})",
+         "accessPoints[0].bssid: expected six colon-separated"},
+        {"{\"accessPoints\": [{" + ap + "}, {" + ap + "}]}",
+         "accessPoints[1].bssid: 02:00:00:00:00:01 is listed twice"},
+        {R"({"accessPoints": [{"bssid": "02:00:00:00:00:01", "channel": 6, "position": "here"}]})",
+         "accessPoints[0].position: expected a position"},
+        {"{\"accessPoints\": [{" + ap + R"(, "security": "wpa3"}]})",
+         "accessPoints[0].security: \"wpa3\" is not one of"},
+        {"{\"accessPoints\": [{" + ap + R"(, "security": "wpa2-personal"}]})",
+         "accessPoints[0].passphrase: missing"},
+        {"{\"accessPoints\": [{" + ap + R"(, "security": "wep", "passphrase": "abcdef"}]})",
+         "a WEP key has 5 or 13"},
+        {R"({"accessPoints": [{"bssid": "02:00:00:00:00:01", "channel": 36, "width": 80, "position": [0, 0]}]})",
+         "accessPoints[0].width: 80 MHz needs 802.11ac"},
+        {"{\"accessPoints\": [{" + ap + R"(, "phy": "a/n"}]})", "802.11a and ac are 5 GHz only"},
+        {"{\"accessPoints\": [{" + ap + R"(, "ssid": "123456789012345678901234567890123"}]})",
+         "longer than 32 bytes"},
+        {"{\"accessPoints\": [{" + ap + R"(, "vanishAt": 30}]})",
+         "accessPoints[0].vanishAt: unknown field"},
+        {"{\"accessPoints\": [{" + ap + R"(, "onFor": 30}]})", "onFor and offFor go together"},
+        {"{\"accessPoints\": [{" + ap + R"(, "stored": {"profile": "Work"}}]})",
+         "no user 802.1X profile is named \"Work\""},
+        {R"({"accessPoints": [], "interfaces": []})", "interfaces: needs at least one"},
+        {R"({"accessPoints": [], "interfaces": [{"name": "wlan0", "associatedTo": "02:00:00:00:00:09"}]})",
+         "interfaces[0].associatedTo: no access point has the BSSID 02:00:00:00:00:09"},
+        {R"({"accessPoints": [], "interfaces": [{"name": "wl/an0"}]})",
+         "interfaces[0].name: expected 1 to 15"},
+        {R"({"accessPoints": [], "interfaces": [{"name": "w", "supportedChannels": [1, 1]}]})",
+         "interfaces[0].supportedChannels[1]: channel 1 is listed twice"},
+        {R"({"accessPoints": [], "interfaces": [{"name": "w", "supportedChannels": [1e300]}]})",
+         "interfaces[0].supportedChannels[0]: expected a 2.4 or 5 GHz channel number"},
+        {R"({"accessPoints": [], "interfaces": [{"name": "w", "supportedChannels": [1], "channel": 6}]})",
+         "interfaces[0].channel: 6 is not among supportedChannels"},
+        {R"({"accessPoints": [], "radio": {"pathLossExponent": -1}})",
+         "radio.pathLossExponent: -1 is outside"},
+        {R"({"accessPoints": [], "faults": {"scanErrorEvery": 1.5}})",
+         "faults.scanErrorEvery: expected a whole number"},
+    };
+    for (const auto &row : rows) {
+        QString text;
+        EXPECT_FALSE(SimulatedBackend::fromJson(row.json, 1, &text)) << row.json.constData();
+        EXPECT_TRUE(text.contains(QString::fromUtf8(row.message)))
+            << row.json.constData() << "\n  gave: " << qPrintable(text);
+    }
+
+    QTemporaryDir dir;
+    QString text;
+    EXPECT_FALSE(SimulatedBackend::fromFile(dir.filePath(QStringLiteral("none.json")), 1, &text));
+    EXPECT_TRUE(text.contains(QStringLiteral("none.json")));
+}
+
+TEST(SimulatedScenario, DamagedScenariosNeverCrash)
+{
+    QFile file(QStringLiteral(":/scenarios/default.json"));
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    const QByteArray original = file.readAll();
+    SeededRandomSource random(99);
+    int accepted = 0;
+    for (int round = 0; round < 300; ++round) {
+        QByteArray damaged = original;
+        // Cut it short, or overwrite a few bytes with JSON punctuation and digits.
+        if (round % 3 == 0) {
+            damaged.truncate(random.uniform(0, int(damaged.size())));
+        } else {
+            static const char kBytes[] = "{}[]\":,-0e9tn \\";
+            for (int k = random.uniform(1, 4); k > 0; --k)
+                damaged[random.uniform(0, int(damaged.size()) - 1)] =
+                    kBytes[random.uniform(0, int(sizeof kBytes) - 2)];
+        }
+        QString text;
+        const auto sim = SimulatedBackend::fromJson(damaged, 1, &text);
+        EXPECT_EQ(bool(sim), text.isEmpty());
+        if (sim) {
+            ++accepted;
+            sim->scanForNetworks(sim->interfaceNames().value(0), {}, nullptr);
+        }
+    }
+    EXPECT_LT(accepted, 300);
+}
+
+TEST(SimulatedScenario, DefaultsAndRawSsidBytes)
+{
+    QString text;
+    auto sim = SimulatedBackend::fromJson(R"({"accessPoints": [
+        {"ssidHex": "41ff00e4", "bssid": "0A:00:00:00:00:01", "channel": 1, "position": [3, 0]}]})",
+                                          5, &text);
+    ASSERT_TRUE(sim) << qPrintable(text);
+    EXPECT_TRUE(text.isEmpty());
+    EXPECT_EQ(sim->interfaceNames(), QStringList{kIf});
+    EXPECT_TRUE(sim->powerOn(kIf));
+    EXPECT_FALSE(sim->bssid(kIf));
+    EXPECT_EQ(sim->interfaceState(kIf), kCWInterfaceStateInactive);
+    EXPECT_EQ(sim->wlanChannel(kIf)->channelNumber(), 1);
+    const auto list = sim->scanForNetworks(kIf, {}, nullptr);
+    ASSERT_EQ(list.size(), 1);
+    EXPECT_EQ(list[0]->ssidData(), QByteArray::fromHex("41ff00e4"));
+    EXPECT_EQ(list[0]->bssid(), QStringLiteral("0a:00:00:00:00:01"));
+    EXPECT_TRUE(list[0]->supportsSecurity(kCWSecurityNone));
+    EXPECT_TRUE(list[0]->supportsPHYMode(kCWPHYMode11g));
+}
