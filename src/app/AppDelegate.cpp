@@ -15,6 +15,8 @@
 #include "ui_JoinDialog.h"
 #include "ui_MainWindow.h"
 
+#include "wireless/WirelessBackend.h"
+
 #include <QApplication>
 #include <QHeaderView>
 #include <QMainWindow>
@@ -85,6 +87,15 @@ void AppDelegate::awakeFromNib()
 
     // 2-3. The controller is the table's data source and delegate.
     setupTable();
+
+    // Link changes of the backend (association, power, channel) refresh the interface tab.
+    if (auto backend = WirelessBackend::current()) {
+        connect(backend.get(), &WirelessBackend::linkChanged, this,
+                [this](const QString &name, const QStringList &keys) {
+                    wifi_network_changed(this, keys);
+                    handleNotification(QStringLiteral("link changed on %1").arg(name));
+                });
+    }
 
     // 4. Spinners are hidden until something runs.
     ui->refreshSpinner->setVisible(false);
