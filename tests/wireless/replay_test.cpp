@@ -1,0 +1,303 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "support/CaptureWriter.h"
+#include "support/ReferenceRows.h"
+#include "util/Clock.h"
+#include "wireless/CWTypes.h"
+#include "wireless/replay/ReplayBackend.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <pcap/pcap.h>
+
+namespace {
+constexpr qint64 kT0 = 1700000000LL * 1000000; // capture time of the first frame, µs
+
+struct Frame
+{
+    double at; // seconds after kT0
+    int bssid;
+    int signal;
+};
+
+// A radiotap capture in which every frame's signal tells which frame it was.
+QString writeCapture(const QTemporaryDir &dir, const std::vector<Frame> &frames)
+{
+    const QString path = dir.filePath(QStringLiteral("office.pcap"));
+    CaptureWriter writer(path, DLT_IEEE802_11_RADIO);
+    EXPECT_TRUE(writer.ok());
+    for (const Frame &f : frames) {
+        CaptureWriter::Beacon b;
+        b.bssid = f.bssid;
+        writer.write(kT0 + qint64(f.at * 1e6),
+                     CaptureWriter::radiotap(2437, f.signal) + CaptureWriter::beacon(b));
+    }
+    return path;
+}
+
+// "bssid-last-byte@signal" for each network of a scan, in scan order.
+std::vector<std::string> describe(const QList<CWNetworkRef> &scan)
+{
+    std::vector<std::string> out;
+    for (const CWNetworkRef &n : scan)
+        out.push_back(n->bssid().right(2).toStdString() + '@' + std::to_string(n->rssiValue()));
+    return out;
+}
+
+using Scan = std::vector<std::string>;
+
+const std::vector<Frame> kFrames = {
+    {0.0, 1, -41}, {0.5, 2, -52}, {1.2, 1, -43}, {1.9, 3, -63},
+    {2.1, 1, -44}, {7.5, 2, -55}, {7.9, 2, -56},
+};
+
+class ClockScope
+{
+public:
+    explicit ClockScope(const ManualClock *clock) { Clock::setInstance(clock); }
+    ~ClockScope() { Clock::setInstance(nullptr); }
+};
+} // namespace
+
+TEST(ReplayBackend, FullSpeedServesOneWindowPerScan)
+{
+    QTemporaryDir dir;
+    QString error;
+    auto replay = ReplayBackend::open(writeCapture(dir, kFrames), 0, &error);
+    ASSERT_TRUE(replay) << error.toStdString();
+    replay->setScanWindow(2.0);
+    int finishedSignals = 0;
+    QObject::connect(replay.get(), &ReplayBackend::replayFinished, [&] { ++finishedSignals; });
+
+    const QString name = QStringLiteral("office");
+    ASSERT_EQ(replay->interfaceNames(), QStringList{name});
+    CWError e;
+    // [0, 2): the latest frame of each BSSID, in order of first appearance.
+    EXPECT_EQ(describe(replay->scanForNetworks(name, {}, &e)),
+              (Scan{"01@-43", "02@-52", "03@-63"}));
+    EXPECT_TRUE(e.isNull());
+    EXPECT_EQ(describe(replay->scanForNetworks(name, {}, &e)), (Scan{"01@-44"})); // [2, 4)
+    EXPECT_FALSE(replay->finished());
+    // [4, 6) holds nothing and is skipped; [6, 8) is the last.
+    EXPECT_EQ(describe(replay->scanForNetworks(name, {}, &e)), (Scan{"02@-56"}));
+    EXPECT_TRUE(replay->finished());
+    EXPECT_EQ(finishedSignals, 1);
+    EXPECT_TRUE(replay->scanForNetworks(name, {}, &e).isEmpty());
+    EXPECT_TRUE(e.isNull());
+    EXPECT_EQ(finishedSignals, 1);
+}
+
+TEST(ReplayBackend, RealSpeedFollowsTheClock)
+{
+    ManualClock clock(QDateTime::fromMSecsSinceEpoch(1000000));
+    ClockScope scope(&clock);
+    QTemporaryDir dir;
+    QString error;
+    auto replay = ReplayBackend::open(writeCapture(dir, kFrames), 2.0, &error);
+    ASSERT_TRUE(replay) << error.toStdString();
+    replay->setScanWindow(2.0);
+    const QString name = QStringLiteral("office");
+
+    const struct
+    {
+        qint64 advanceMs;
+        Scan scan;
+        bool finished;
+    } steps[] = {
+        {0, {}, false},                             // capture time 0: no window has ended
+        {999, {}, false},                           // 1.998 s
+        {1, {"01@-43", "02@-52", "03@-63"}, false}, // 2 s: [0, 2) has ended
+        {500, {}, false},                           // 3 s
+        {2500, {"01@-44", "02@-56"}, true},         // 8 s: [2, 8) merged into one scan
+        {10000, {}, true},
+    };
+    for (const auto &step : steps) {
+        clock.advance(step.advanceMs);
+        SCOPED_TRACE(clock.currentDateTime().toMSecsSinceEpoch());
+        CWError e;
+        EXPECT_EQ(describe(replay->scanForNetworks(name, {}, &e)), step.scan);
+        EXPECT_TRUE(e.isNull());
+        EXPECT_EQ(replay->finished(), step.finished);
+    }
+}
+
+TEST(ReplayBackend, WindowLengthCanChangeBetweenScans)
+{
+    QTemporaryDir dir;
+    auto replay = ReplayBackend::open(writeCapture(dir, kFrames), 0, nullptr);
+    ASSERT_TRUE(replay);
+    const QString name = QStringLiteral("office");
+    replay->setScanWindow(1.0);
+    EXPECT_DOUBLE_EQ(replay->scanWindow(), 1.0);
+    EXPECT_EQ(describe(replay->scanForNetworks(name, {}, nullptr)), (Scan{"01@-41", "02@-52"}));
+    replay->setScanWindow(5.0);
+    EXPECT_EQ(describe(replay->scanForNetworks(name, {}, nullptr)),
+              (Scan{"01@-44", "03@-63"})); // [1, 6)
+    replay->setScanWindow(-3);             // ignored
+    EXPECT_DOUBLE_EQ(replay->scanWindow(), 5.0);
+    EXPECT_EQ(describe(replay->scanForNetworks(name, {}, nullptr)), (Scan{"02@-56"})); // [6, 11)
+}
+
+TEST(ReplayBackend, ReadOnlyRadioNamedAfterTheFile)
+{
+    QTemporaryDir dir;
+    // Plain 802.11 has no radio header: signal and noise take the documented defaults.
+    const QString path = dir.filePath(QStringLiteral("lab.capture.pcap"));
+    {
+        CaptureWriter writer(path, DLT_IEEE802_11);
+        CaptureWriter::Beacon b;
+        b.channel = 11;
+        b.privacy = true;
+        b.rsnPsk = true;
+        writer.write(kT0, CaptureWriter::beacon(b));
+    }
+    auto replay = ReplayBackend::open(path, 0, nullptr);
+    ASSERT_TRUE(replay);
+    const QString name = QStringLiteral("lab.capture");
+    EXPECT_EQ(replay->backendName(), QStringLiteral("replay"));
+    EXPECT_TRUE(replay->powerOn(name));
+    EXPECT_FALSE(replay->powerOn(QStringLiteral("wlan0")));
+    EXPECT_EQ(replay->opMode(name), kCWOpModeMonitorMode);
+    EXPECT_FALSE(replay->ssid(name).has_value());
+
+    const QList<CWNetworkRef> scan = replay->scanForNetworks(name, {}, nullptr);
+    ASSERT_EQ(scan.size(), 1);
+    EXPECT_EQ(scan[0]->rssiValue(), -60);
+    EXPECT_EQ(scan[0]->noiseMeasurement(), -95);
+    EXPECT_EQ(scan[0]->wlanChannel(), CWChannel(11, kCWChannelBand2GHz, kCWChannelWidth20MHz));
+    EXPECT_TRUE(scan[0]->supportsSecurity(kCWSecurityWPA2Personal));
+    EXPECT_EQ(replay->supportedChannels(name), QList<qint64>{11});
+
+    const QString refused = QStringLiteral("A replayed capture cannot be controlled");
+    CWError e;
+    EXPECT_FALSE(replay->setPower(name, false, &e));
+    EXPECT_EQ(e.localizedDescription(), refused);
+    e.clear();
+    EXPECT_FALSE(replay->setChannel(name, 6, &e));
+    EXPECT_EQ(e.localizedDescription(), refused);
+    e.clear();
+    EXPECT_FALSE(replay->associateToNetwork(name, scan[0], {}, &e));
+    EXPECT_EQ(e.localizedDescription(), refused);
+    e.clear();
+    EXPECT_FALSE(replay->enableIBSS(name, {}, &e));
+    EXPECT_EQ(e.localizedDescription(), refused);
+    replay->disassociate(name); // only logged
+    EXPECT_TRUE(replay->powerOn(name));
+    e.clear();
+    EXPECT_TRUE(replay->scanForNetworks(QStringLiteral("wlan0"), {}, &e).isEmpty());
+    EXPECT_FALSE(e.isNull());
+}
+
+TEST(ReplayBackend, BadCapturesGiveClearErrors)
+{
+    QTemporaryDir dir;
+    auto file = [&](const char *name, const QByteArray &bytes) {
+        const QString path = dir.filePath(QLatin1String(name));
+        QFile f(path);
+        EXPECT_TRUE(f.open(QIODevice::WriteOnly));
+        f.write(bytes);
+        return path;
+    };
+    const QString ethernet = dir.filePath(QStringLiteral("ethernet.pcap"));
+    {
+        CaptureWriter writer(ethernet, DLT_EN10MB);
+        writer.write(kT0, QByteArray(60, '\x01'));
+    }
+    const QString dataOnly = dir.filePath(QStringLiteral("data.pcap"));
+    {
+        CaptureWriter writer(dataOnly, DLT_IEEE802_11);
+        writer.write(kT0, QByteArray::fromHex("08000000") + QByteArray(40, '\0'));
+    }
+    const QString good = writeCapture(dir, kFrames);
+    QFile goodFile(good);
+    ASSERT_TRUE(goodFile.open(QIODevice::ReadOnly));
+    const QByteArray whole = goodFile.readAll();
+
+    const struct
+    {
+        const char *name;
+        QString path;
+        const char *errorPart;
+    } rows[] = {
+        {"missing file", dir.filePath(QStringLiteral("nothing.pcap")), "not a readable capture"},
+        {"not a capture", file("notes.pcap", "Hello <world>\t\n"), "not a readable capture"},
+        {"empty file", file("empty.pcap", {}), "not a readable capture"},
+        {"header only", file("header.pcap", whole.left(24)), "no beacons or probe responses"},
+        {"first packet cut", file("cut1.pcap", whole.left(24 + 16 + 10)), "could be read"},
+        {"ethernet", ethernet, "no 802.11 frames"},
+        {"data frames only", dataOnly, "no beacons or probe responses"},
+    };
+    for (const auto &row : rows) {
+        SCOPED_TRACE(row.name);
+        QString error;
+        EXPECT_FALSE(ReplayBackend::open(row.path, 0, &error));
+        EXPECT_TRUE(error.contains(QLatin1String(row.errorPart))) << error.toStdString();
+    }
+    QString error;
+    EXPECT_FALSE(ReplayBackend::open(good, -1, &error));
+    EXPECT_FALSE(error.isEmpty());
+
+    // Cut in the middle of the fourth packet: the first three are still served.
+    const qsizetype packet = (whole.size() - 24) / qsizetype(kFrames.size());
+    auto cut = ReplayBackend::open(file("cut.pcap", whole.left(24 + 3 * packet + 20)), 0, &error);
+    ASSERT_TRUE(cut) << error.toStdString();
+    cut->setScanWindow(10);
+    EXPECT_EQ(describe(cut->scanForNetworks(QStringLiteral("cut"), {}, nullptr)),
+              (Scan{"01@-43", "02@-52"}));
+    EXPECT_TRUE(cut->finished());
+
+    // Broken elements and hostile SSIDs: whatever decodes is served.
+    const QString broken = dir.filePath(QStringLiteral("broken.pcap"));
+    {
+        CaptureWriter writer(broken, DLT_IEEE802_11_RADIO);
+        CaptureWriter::Beacon b;
+        b.ssid = QByteArray("a\tb\n<c>\xff\0", 9);
+        b.extraElements = QByteArray::fromHex("30050100000f"); // RSN cut inside the group suite
+        writer.write(kT0, CaptureWriter::radiotap(5180, -70) + CaptureWriter::beacon(b));
+        b.bssid = 2;
+        b.extraElements = QByteArray::fromHex("3d40"); // runs past the end
+        writer.write(kT0 + 1, CaptureWriter::radiotap(5180, -71) + CaptureWriter::beacon(b));
+        writer.write(kT0 + 2, QByteArray::fromHex("0000")); // a header too short to read
+    }
+    auto replay = ReplayBackend::open(broken, 0, &error);
+    ASSERT_TRUE(replay) << error.toStdString();
+    const QList<CWNetworkRef> scan = replay->scanForNetworks(QStringLiteral("broken"), {}, nullptr);
+    ASSERT_EQ(scan.size(), 2);
+    EXPECT_EQ(scan[0]->ssidData(), QByteArray("a\tb\n<c>\xff\0", 9));
+    EXPECT_TRUE(scan[0]->ssid().has_value());
+    EXPECT_EQ(scan[0]->wlanChannel().channelNumber(), 6);
+    EXPECT_TRUE(replay->finished());
+}
+
+TEST(ReplayBackend, RealCapturesServedAsScans)
+{
+    const std::vector<ReferenceRows::Row> rows = ReferenceRows::read();
+    ASSERT_FALSE(rows.empty());
+    QHash<QString, QHash<QString, CWNetworkRef>> served; // file -> BSSID -> network
+    for (const ReferenceRows::Row &row : rows) {
+        const QString file = row["file"];
+        if (served.contains(file))
+            continue;
+        QString error;
+        auto replay = ReplayBackend::open(ReferenceRows::dataDir() + u'/' + file, 0, &error);
+        ASSERT_TRUE(replay) << error.toStdString();
+        replay->setScanWindow(1e9); // one scan holds the whole capture
+        for (const CWNetworkRef &n :
+             replay->scanForNetworks(replay->interfaceNames().value(0), {}, nullptr))
+            served[file].insert(n->bssid(), n);
+        EXPECT_TRUE(replay->finished()) << file.toStdString();
+    }
+    for (const ReferenceRows::Row &row : rows) {
+        SCOPED_TRACE((row["file"] + u'#' + row["frame"]).toStdString());
+        const CWNetworkRef n = served[row["file"]].value(row["bssid"]);
+        ASSERT_TRUE(n);
+        EXPECT_EQ(n->wlanChannel().channelNumber(), ReferenceRows::expectedChannel(row));
+        if (!row["signal_dbm"].isEmpty()) {
+            EXPECT_EQ(n->rssiValue(), row["signal_dbm"].toInt());
+        }
+        ReferenceRows::checkBoundary(row, n->data());
+    }
+}
