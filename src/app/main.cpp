@@ -3,9 +3,12 @@
 #include "app/CommandLineOptions.h"
 #include "app/HeadlessRunner.h"
 #include "wireless/BackendFactory.h"
+#include "prefs/PreferenceStore.h"
 #include "wireless/WirelessBackend.h"
+#include "wireless/replay/ReplayBackend.h"
 
 #include <QApplication>
+#include <QFileInfo>
 #include <QIcon>
 #include <QMainWindow>
 #include <QStatusBar>
@@ -73,6 +76,14 @@ int main(int argc, char *argv[])
     if (!notice.isEmpty())
         std::fprintf(stderr, "%s\n", qUtf8Printable(notice));
     WirelessBackend::setCurrent(backend);
+    auto *replay = qobject_cast<ReplayBackend *>(backend.get());
+    if (replay) {
+        // One scan window of the capture per update interval.
+        const double window = options.interval && *options.interval > 0
+                                  ? *options.interval
+                                  : double(PreferenceStore().updateIntervalValue());
+        replay->setScanWindow(window);
+    }
 
     if (options.headless) {
         HeadlessRunner::Options run;
@@ -83,7 +94,12 @@ int main(int argc, char *argv[])
         run.logTsv = options.logTsv;
         run.filter = options.filter;
         HeadlessRunner::installSignalHandlers();
-        const int code = HeadlessRunner(run).exec();
+        HeadlessRunner runner(run);
+        if (replay && options.cycles < 0) {
+            // Without a cycle count a replay ends with its capture.
+            QObject::connect(replay, &ReplayBackend::replayFinished, &runner, &HeadlessRunner::stop);
+        }
+        const int code = runner.exec();
         WirelessBackend::setCurrent(nullptr);
         return code;
     }
@@ -93,6 +109,15 @@ int main(int argc, char *argv[])
     QMainWindow *window = controller.window();
     if (!notice.isEmpty())
         window->statusBar()->showMessage(notice);
+    if (replay) {
+        const QString title = window->windowTitle();
+        window->statusBar()->showMessage(QStringLiteral("Replaying %1").arg(replay->capturePath()));
+        QObject::connect(replay, &ReplayBackend::replayFinished, window, [window, title, replay] {
+            window->setWindowTitle(title + QStringLiteral(" — replay of %1 finished")
+                                               .arg(QFileInfo(replay->capturePath()).fileName()));
+            window->statusBar()->showMessage(QStringLiteral("The replay has finished."));
+        });
+    }
     window->show();
     QApplication::setQuitOnLastWindowClosed(AppDelegate::applicationShouldTerminateAfterLastWindowClosed());
     QTimer::singleShot(0, &controller, &AppDelegate::applicationDidFinishLaunching);

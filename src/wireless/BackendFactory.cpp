@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "wireless/BackendFactory.h"
 
+#include "wireless/replay/ReplayBackend.h"
 #include "wireless/simulated/SimulatedBackend.h"
 
 #include <QDateTime>
@@ -31,9 +32,7 @@ std::shared_ptr<WirelessBackend> BackendFactory::create(const Request &request, 
             *errorText = QStringLiteral("The Linux radio is not available in this build.");
         return nullptr;
     case Kind::Replay:
-        if (errorText)
-            *errorText = QStringLiteral("Capture replay is not available in this build.");
-        return nullptr;
+        return ReplayBackend::open(request.capture, request.speed, errorText);
     }
     return nullptr;
 }
