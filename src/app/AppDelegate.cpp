@@ -7,6 +7,7 @@
 #include "app/MessageBoxAlertPresenter.h"
 #include "app/NetworkTableModel.h"
 #include "app/StartupProbe.h"
+#include "plot/PlotTheme.h"
 #include "plot/RealTimePlot.h"
 #include "prefs/PreferenceStore.h"
 #include "app/DetailPanelController.h"
@@ -193,13 +194,13 @@ void AppDelegate::interfaceSelected()
     updateInterfaceInfoTab();
 }
 
-QVariant AppDelegate::currentTheme() const
+const PlotTheme *AppDelegate::currentTheme() const
 {
     if (m_currentThemeName == QLatin1String("None"))
-        return QVariant::fromValue(RealTimePlot::nullTheme());
+        return PlotTheme::nullTheme();
     if (m_currentThemeName == QLatin1String("Default"))
-        return QVariant();
-    return RealTimePlot::themeNamed(m_currentThemeName);
+        return nullptr;
+    return PlotTheme::themeNamed(m_currentThemeName);
 }
 
 void AppDelegate::handleNotification(const QString &notification)

@@ -23,6 +23,7 @@
 class AlertPresenter;
 class FileChooser;
 class NetworkTableModel;
+class PlotTheme;
 class PlotView;
 class PreferenceStore;
 class PreferencesWindowController;
@@ -68,7 +69,9 @@ public:
     static bool applicationShouldTerminateAfterLastWindowClosed() { return true; }
     void updateData();
     void interfaceSelected();
-    QVariant currentTheme() const;
+    // The theme handed to the plots: "None" gives the null marker (no theme at all),
+    // "Default" and any unknown name give null (the plots' own default look).
+    const PlotTheme *currentTheme() const;
     void handleNotification(const QString &notification);
     QString currentThemeName() const { return m_currentThemeName; }
     void setCurrentThemeName(const QString &name) { m_currentThemeName = name; }
