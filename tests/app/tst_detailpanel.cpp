@@ -3,6 +3,7 @@
 #include "support/AppHarness.h"
 
 #include "app/SegmentedControl.h"
+#include "plot/WiFiMapView.h"
 
 #include <QCursor>
 #include <QLabel>
@@ -79,6 +80,7 @@ private Q_SLOTS:
     void otherTabsChangeNothing();
     void hideTimerEndsIt();
     void placementStaysOnTheScreen();
+    void mapIconsShowThePanelAndAnEmptyBssidReArms();
     void signalSwatchIsGreen();
 };
 
@@ -229,6 +231,56 @@ void TestDetailPanel::signalSwatchIsGreen()
     QVERIFY(swatch);
     const QImage image = swatch->grab().toImage();
     QCOMPARE(image.pixelColor(image.width() / 2, image.height() / 2), QColor(0, 255, 0));
+}
+
+void TestDetailPanel::mapIconsShowThePanelAndAnEmptyBssidReArms()
+{
+    AppHarness h;
+    h.backend->scans = {{FakeBackend::network(QStringLiteral("00:00:00:00:00:0a"), QStringLiteral("Strong"), -30),
+                         FakeBackend::network(QString(), QStringLiteral("No address"), -90)}};
+    h.app().setDetailPanelDelays(kShowMs, kHideMs);
+    h.app().window()->resize(1000, 700);
+    h.app().window()->show();
+    h.app().applicationDidFinishLaunching();
+    auto *segments = h.find<SegmentedControl>("segmentedControl");
+    segments->setSelectedSegment(1);
+    h.app().changeTabView(segments);
+    auto *map = h.find<WiFiMapView>("wiFiMapView");
+    map->grab(); // draws, and so places, every network
+    auto iconCentre = [map](const QString &bssid) {
+        const QRectF r = WiFiMapView::rectFromString(
+            map->networkLocations().value(bssid).value(WiFiMapView::kImageRectKey));
+        // Stored y-up; the widget's y grows downwards.
+        return map->mapToGlobal(QPointF(r.center().x(), map->height() - r.center().y()));
+    };
+    auto moveTo = [&h](const QPointF &global) {
+        QCursor::setPos(global.toPoint());
+        h.app().mouseMoved(h.app().window(), global);
+    };
+    QVERIFY(map->networkLocations().contains(QStringLiteral("00:00:00:00:00:0a")));
+    QVERIFY(map->networkLocations().contains(QString()));
+
+    moveTo(iconCentre(QStringLiteral("00:00:00:00:00:0a")));
+    QCOMPARE(h.app().detailNetworkBssid(), QStringLiteral("00:00:00:00:00:0a"));
+    QTRY_VERIFY(h.app().detailPanel()->isVisible());
+    moveTo(iconCentre(QStringLiteral("00:00:00:00:00:0a")));
+    QVERIFY(h.app().detailPanel()->isVisible()); // the same network: it stays
+
+    // A network whose BSSID is empty counts as new on every move.
+    moveTo(iconCentre(QString()));
+    QVERIFY(!h.app().detailPanel()->isVisible());
+    QTRY_VERIFY(h.app().detailPanel()->isVisible());
+    const QPointer<QTimer> hideBefore = h.app().hideDetailTimer();
+    moveTo(iconCentre(QString()));
+    QVERIFY(!h.app().detailPanel()->isVisible());
+    QVERIFY(h.app().showDetailTimer() && h.app().showDetailTimer()->isActive());
+    QVERIFY(h.app().hideDetailTimer() != hideBefore.data());
+
+    // Empty map space hides the panel and arms nothing.
+    QTRY_VERIFY(h.app().detailPanel()->isVisible());
+    moveTo(map->mapToGlobal(QPointF(3, 3)));
+    QVERIFY(!h.app().detailPanel()->isVisible());
+    QVERIFY(!(h.app().showDetailTimer() && h.app().showDetailTimer()->isActive()));
 }
 
 QTEST_MAIN(TestDetailPanel)
