@@ -52,9 +52,16 @@ const LinuxLinkState::Link *LinuxLinkState::link(const QString &name)
         }
         if (fresh.associated)
             fresh.station = m_nl->station(iface->ifindex, fresh.associated->bssid);
-        for (const Nl80211Survey &survey : m_nl->survey(iface->ifindex))
-            if (survey.inUse && survey.noiseDbm)
+        // The channel marked in use, else the one the interface is on: some drivers
+        // (mac80211_hwsim among them) measure every channel but mark none.
+        for (const Nl80211Survey &survey : m_nl->survey(iface->ifindex)) {
+            if (!survey.noiseDbm)
+                continue;
+            if (survey.inUse)
                 fresh.noiseDbm = survey.noiseDbm;
+            else if (survey.frequency == iface->frequency && !fresh.noiseDbm)
+                fresh.noiseDbm = survey.noiseDbm;
+        }
         if (!fresh.noiseDbm)
             fresh.noiseDbm = LinuxScanResults::noiseFloor(iface->frequency);
     }
