@@ -98,6 +98,25 @@ int main(int argc, char **argv)
             .arg(backend->setChannel(name, 0, &cwError))
             .arg(cwError.localizedDescription()));
 
+    // "--wait-scan N": scan every two seconds until N networks are heard (the first
+    // call only asks for fresh results; later ones read what arrived).
+    const int wait = args.indexOf(QStringLiteral("--wait-scan"));
+    if (wait >= 0 && args.size() > wait + 1) {
+        const int want = args[wait + 1].toInt();
+        qsizetype got = 0;
+        int seconds = 0;
+        for (; seconds <= 40; seconds += 2) {
+            got = backend->scanForNetworks(name, {}, &cwError).size();
+            if (got >= want)
+                break;
+            QThread::sleep(2);
+        }
+        out(QStringLiteral("rescan: %1 networks after %2 s \"%3\"")
+                .arg(got)
+                .arg(seconds)
+                .arg(cwError.localizedDescription()));
+    }
+
     // "--join SSID PASSPHRASE": join through NetworkManager, show the link, then leave.
     const int join = args.indexOf(QStringLiteral("--join"));
     if (join >= 0 && args.size() > join + 2) {

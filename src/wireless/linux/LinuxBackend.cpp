@@ -33,6 +33,8 @@ constexpr qint64 kTriggerIntervalMs = 10000;
 // polkit may keep an authorization for a while itself; asking again on every cycle
 // would put a password prompt up every few seconds for "auth_admin" policies.
 constexpr qint64 kAuthorizationKeepMs = 300000;
+// NMDeviceState: below this the device is unmanaged or unavailable.
+constexpr uint kNmDeviceDisconnected = 30;
 
 QString linkKey(const QString &name)
 {
@@ -318,8 +320,9 @@ bool LinuxBackend::failIfUnknown(const QString &name, CWError *error) const
 void LinuxBackend::requestFreshResults(const Nl80211Interface &iface)
 {
     if (m_nm->isRunning()) {
+        // NetworkManager lists the devices it leaves alone too; those it does not scan.
         const QString device = m_nm->deviceForInterface(iface.name, nullptr);
-        if (!device.isEmpty()) {
+        if (!device.isEmpty() && m_nm->deviceState(device) >= kNmDeviceDisconnected) {
             m_nm->requestScan(device);
             return;
         }

@@ -292,7 +292,17 @@ int Nl80211Client::triggerScan(int ifindex, QString *kernelText)
 {
     return request(
         NL80211_CMD_TRIGGER_SCAN, false,
-        [&](nl_msg *msg) { return nla_put_u32(msg, NL80211_ATTR_IFINDEX, quint32(ifindex)) == 0; },
+        [&](nl_msg *msg) {
+            if (nla_put_u32(msg, NL80211_ATTR_IFINDEX, quint32(ifindex)) != 0)
+                return false;
+            // One wildcard SSID: probe where regulatory rules allow it, which also
+            // brings hidden networks' probe responses into the cache.
+            nlattr *ssids = nla_nest_start(msg, NL80211_ATTR_SCAN_SSIDS);
+            if (!ssids || nla_put(msg, 1, 0, "") != 0)
+                return false;
+            nla_nest_end(msg, ssids);
+            return true;
+        },
         {}, kernelText);
 }
 
