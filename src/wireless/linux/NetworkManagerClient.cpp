@@ -1,0 +1,378 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "wireless/linux/NetworkManagerClient.h"
+
+#include <QDBusArgument>
+#include <QDBusConnectionInterface>
+#include <QDBusMessage>
+#include <QDBusMetaType>
+#include <QDBusObjectPath>
+#include <QDBusPendingCallWatcher>
+#include <QDBusPendingReply>
+#include <QDBusServiceWatcher>
+#include <QDBusVariant>
+#include <QLoggingCategory>
+
+namespace {
+
+Q_LOGGING_CATEGORY(lcNm, "corvane.networkmanager")
+
+const QString kManagerPath = QStringLiteral("/org/freedesktop/NetworkManager");
+const QString kSettingsPath = QStringLiteral("/org/freedesktop/NetworkManager/Settings");
+const QString kManagerIface = QStringLiteral("org.freedesktop.NetworkManager");
+const QString kSettingsIface = QStringLiteral("org.freedesktop.NetworkManager.Settings");
+const QString kConnectionIface =
+    QStringLiteral("org.freedesktop.NetworkManager.Settings.Connection");
+const QString kDeviceIface = QStringLiteral("org.freedesktop.NetworkManager.Device");
+const QString kWirelessIface = QStringLiteral("org.freedesktop.NetworkManager.Device.Wireless");
+const QString kApIface = QStringLiteral("org.freedesktop.NetworkManager.AccessPoint");
+const QString kActiveIface = QStringLiteral("org.freedesktop.NetworkManager.Connection.Active");
+const QString kPropsIface = QStringLiteral("org.freedesktop.DBus.Properties");
+
+// NetworkManager answers its own calls at once; only a hung daemon takes longer.
+constexpr int kCallTimeoutMs = 5000;
+
+QString notRunningText()
+{
+    return QStringLiteral("NetworkManager is not running");
+}
+
+} // namespace
+
+NetworkManagerClient::NetworkManagerClient(const QDBusConnection &bus, const QString &service,
+                                           QObject *parent)
+    : QObject(parent), m_bus(bus), m_service(service)
+{
+    qDBusRegisterMetaType<NmSettings>();
+    m_watcher =
+        new QDBusServiceWatcher(m_service, m_bus, QDBusServiceWatcher::WatchForOwnerChange, this);
+    connect(m_watcher, &QDBusServiceWatcher::serviceOwnerChanged, this,
+            [this](const QString &, const QString &, const QString &newOwner) {
+                // Object paths and scan timing belong to the daemon instance that is gone.
+                m_deviceNames.clear();
+                m_lastScan.clear();
+                Q_EMIT runningChanged(!newOwner.isEmpty());
+                Q_EMIT savedConnectionsChanged();
+            });
+    // QtDBus only offers string-based slots for message-level subscriptions.
+    m_bus.connect(m_service, QString(), kDeviceIface, QStringLiteral("StateChanged"), this,
+                  SLOT(onDeviceStateChanged(QDBusMessage)));
+    m_bus.connect(m_service, QString(), kActiveIface, QStringLiteral("StateChanged"), this,
+                  SLOT(onActiveStateChanged(QDBusMessage)));
+    for (const char *name : {"NewConnection", "ConnectionRemoved"})
+        m_bus.connect(m_service, kSettingsPath, kSettingsIface, QString::fromLatin1(name), this,
+                      SLOT(onSettingsChanged(QDBusMessage)));
+    m_bus.connect(m_service, QString(), kConnectionIface, QStringLiteral("Updated"), this,
+                  SLOT(onSettingsChanged(QDBusMessage)));
+    m_bus.connect(m_service, kManagerPath, kPropsIface, QStringLiteral("PropertiesChanged"), this,
+                  SLOT(onManagerPropertiesChanged(QDBusMessage)));
+    m_bus.connect(m_service, kManagerPath, kManagerIface, QStringLiteral("PropertiesChanged"), this,
+                  SLOT(onManagerPropertiesChanged(QDBusMessage)));
+}
+
+NetworkManagerClient::~NetworkManagerClient() = default;
+
+bool NetworkManagerClient::isRunning() const
+{
+    if (!m_bus.isConnected() || !m_bus.interface())
+        return false;
+    return m_bus.interface()->isServiceRegistered(m_service).value();
+}
+
+QDBusMessage NetworkManagerClient::call(const QString &path, const QString &interface,
+                                        const QString &method, const QVariantList &args,
+                                        int timeoutMs) const
+{
+    QDBusMessage msg = QDBusMessage::createMethodCall(m_service, path, interface, method);
+    msg.setArguments(args);
+    return m_bus.call(msg, QDBus::Block, timeoutMs < 0 ? kCallTimeoutMs : timeoutMs);
+}
+
+std::optional<QVariant> NetworkManagerClient::property(const QString &path,
+                                                       const QString &interface,
+                                                       const QString &name, CWError *error) const
+{
+    const QDBusMessage reply = call(path, kPropsIface, QStringLiteral("Get"), {interface, name});
+    if (reply.type() != QDBusMessage::ReplyMessage || reply.arguments().isEmpty()) {
+        if (error)
+            *error = errorFrom(QDBusError(reply), QStringLiteral("Reading %1").arg(name));
+        return std::nullopt;
+    }
+    return reply.arguments().constFirst().value<QDBusVariant>().variant();
+}
+
+CWError NetworkManagerClient::errorFrom(const QDBusError &error, const QString &what)
+{
+    const QString name = error.name();
+    if (name.endsWith(u".NameHasNoOwner"))
+        return CWError(kCWErrorServiceUnavailable, notRunningText());
+    switch (error.type()) {
+    case QDBusError::ServiceUnknown:
+    case QDBusError::Disconnected:
+    case QDBusError::NoServer:
+        return CWError(kCWErrorServiceUnavailable, notRunningText());
+    case QDBusError::NoReply:
+    case QDBusError::Timeout:
+    case QDBusError::TimedOut:
+        return CWError(kCWErrorTimeout, QStringLiteral("NetworkManager did not answer in time"));
+    case QDBusError::AccessDenied:
+        return CWError(kCWErrorNotPermitted,
+                       QStringLiteral("Not permitted: %1").arg(error.message()));
+    default:
+        break;
+    }
+    if (name.endsWith(u".PermissionDenied") || name.endsWith(u".NotAuthorized"))
+        return CWError(kCWErrorNotPermitted,
+                       QStringLiteral("Not permitted: %1").arg(error.message()));
+    const QString detail = error.message().isEmpty() ? name : error.message();
+    return CWError(kCWErrorUnknown, QStringLiteral("%1 failed: %2").arg(what, detail));
+}
+
+std::optional<bool> NetworkManagerClient::wirelessEnabled(CWError *error) const
+{
+    const auto value =
+        property(kManagerPath, kManagerIface, QStringLiteral("WirelessEnabled"), error);
+    return value ? std::optional<bool>(value->toBool()) : std::nullopt;
+}
+
+std::optional<bool> NetworkManagerClient::wirelessHardwareEnabled(CWError *error) const
+{
+    const auto value =
+        property(kManagerPath, kManagerIface, QStringLiteral("WirelessHardwareEnabled"), error);
+    return value ? std::optional<bool>(value->toBool()) : std::nullopt;
+}
+
+bool NetworkManagerClient::setWirelessEnabled(bool on, CWError *error)
+{
+    const QDBusMessage reply = call(
+        kManagerPath, kPropsIface, QStringLiteral("Set"),
+        {kManagerIface, QStringLiteral("WirelessEnabled"), QVariant::fromValue(QDBusVariant(on))});
+    if (reply.type() == QDBusMessage::ReplyMessage)
+        return true;
+    if (error)
+        *error = errorFrom(QDBusError(reply), on ? QStringLiteral("Switching Wi-Fi on")
+                                                 : QStringLiteral("Switching Wi-Fi off"));
+    return false;
+}
+
+QString NetworkManagerClient::deviceForInterface(const QString &interfaceName, CWError *error) const
+{
+    const QDBusMessage reply =
+        call(kManagerPath, kManagerIface, QStringLiteral("GetDeviceByIpIface"), {interfaceName});
+    if (reply.type() == QDBusMessage::ReplyMessage && !reply.arguments().isEmpty()) {
+        const QString path = reply.arguments().constFirst().value<QDBusObjectPath>().path();
+        if (!path.isEmpty() && path != u"/")
+            return path;
+    }
+    const QDBusError dbusError(reply);
+    if (error) {
+        if (dbusError.type() == QDBusError::ServiceUnknown ||
+            dbusError.type() == QDBusError::NoReply || dbusError.type() == QDBusError::Disconnected)
+            *error = errorFrom(dbusError, {});
+        else
+            *error =
+                CWError(kCWErrorNoInterface,
+                        QStringLiteral("NetworkManager does not manage %1").arg(interfaceName));
+    }
+    return {};
+}
+
+uint NetworkManagerClient::deviceState(const QString &devicePath) const
+{
+    const auto value = property(devicePath, kDeviceIface, QStringLiteral("State"));
+    return value ? value->toUInt() : 0;
+}
+
+bool NetworkManagerClient::disconnectDevice(const QString &devicePath, CWError *error)
+{
+    const QDBusMessage reply = call(devicePath, kDeviceIface, QStringLiteral("Disconnect"), {});
+    if (reply.type() == QDBusMessage::ReplyMessage)
+        return true;
+    if (error)
+        *error = errorFrom(QDBusError(reply), QStringLiteral("Disconnecting"));
+    return false;
+}
+
+bool NetworkManagerClient::requestScan(const QString &devicePath)
+{
+    QElapsedTimer &last = m_lastScan[devicePath];
+    if (last.isValid() && last.elapsed() < m_scanIntervalMs)
+        return false;
+    last.start();
+    QDBusMessage msg = QDBusMessage::createMethodCall(m_service, devicePath, kWirelessIface,
+                                                      QStringLiteral("RequestScan"));
+    msg.setArguments({QVariant::fromValue(QVariantMap())});
+    auto *watcher = new QDBusPendingCallWatcher(m_bus.asyncCall(msg, kCallTimeoutMs), this);
+    connect(watcher, &QDBusPendingCallWatcher::finished, this, [](QDBusPendingCallWatcher *w) {
+        w->deleteLater();
+        const QDBusPendingReply<> reply = *w;
+        if (!reply.isError())
+            return;
+        // NetworkManager refuses a scan while one runs or right after one; the results
+        // of that scan serve just as well.
+        const QString message = reply.error().message();
+        if (message.contains(u"already scanning", Qt::CaseInsensitive) ||
+            message.contains(u"not allowed immediately", Qt::CaseInsensitive))
+            qCDebug(lcNm) << "scan request skipped:" << message;
+        else
+            qCInfo(lcNm) << "scan request refused:" << reply.error().name() << message;
+    });
+    return true;
+}
+
+std::optional<NetworkManagerClient::AccessPoint>
+NetworkManagerClient::accessPointFor(const QString &devicePath, const QString &bssid) const
+{
+    const auto aps = property(devicePath, kWirelessIface, QStringLiteral("AccessPoints"));
+    if (!aps)
+        return std::nullopt;
+    const auto paths = qdbus_cast<QList<QDBusObjectPath>>(aps->value<QDBusArgument>());
+    for (const QDBusObjectPath &ap : paths) {
+        const auto hw = property(ap.path(), kApIface, QStringLiteral("HwAddress"));
+        if (!hw || hw->toString().compare(bssid, Qt::CaseInsensitive) != 0)
+            continue;
+        AccessPoint found;
+        found.path = ap.path();
+        found.rsnFlags = property(ap.path(), kApIface, QStringLiteral("RsnFlags"))
+                             .value_or(QVariant(0u))
+                             .toUInt();
+        found.wpaFlags = property(ap.path(), kApIface, QStringLiteral("WpaFlags"))
+                             .value_or(QVariant(0u))
+                             .toUInt();
+        return found;
+    }
+    return std::nullopt;
+}
+
+QStringList NetworkManagerClient::connections(CWError *error) const
+{
+    const QDBusMessage reply =
+        call(kSettingsPath, kSettingsIface, QStringLiteral("ListConnections"), {});
+    if (reply.type() != QDBusMessage::ReplyMessage || reply.arguments().isEmpty()) {
+        if (error)
+            *error = errorFrom(QDBusError(reply), QStringLiteral("Listing saved networks"));
+        return {};
+    }
+    QStringList out;
+    const auto paths =
+        qdbus_cast<QList<QDBusObjectPath>>(reply.arguments().constFirst().value<QDBusArgument>());
+    for (const QDBusObjectPath &path : paths)
+        out.append(path.path());
+    return out;
+}
+
+NmSettings NetworkManagerClient::connectionSettings(const QString &path, CWError *error) const
+{
+    const QDBusMessage reply = call(path, kConnectionIface, QStringLiteral("GetSettings"), {});
+    if (reply.type() != QDBusMessage::ReplyMessage || reply.arguments().isEmpty()) {
+        if (error)
+            *error = errorFrom(QDBusError(reply), QStringLiteral("Reading a saved network"));
+        return {};
+    }
+    return qdbus_cast<NmSettings>(reply.arguments().constFirst().value<QDBusArgument>());
+}
+
+NmSettings NetworkManagerClient::connectionSecrets(const QString &path,
+                                                   const QString &settingName) const
+{
+    const QDBusMessage reply =
+        call(path, kConnectionIface, QStringLiteral("GetSecrets"), {settingName});
+    if (reply.type() != QDBusMessage::ReplyMessage || reply.arguments().isEmpty())
+        return {};
+    return qdbus_cast<NmSettings>(reply.arguments().constFirst().value<QDBusArgument>());
+}
+
+QString NetworkManagerClient::addAndActivate(const NmSettings &settings, const QString &devicePath,
+                                             const QString &specificObject, CWError *error)
+{
+    const QDBusMessage reply =
+        call(kManagerPath, kManagerIface, QStringLiteral("AddAndActivateConnection"),
+             {QVariant::fromValue(settings), QVariant::fromValue(QDBusObjectPath(devicePath)),
+              QVariant::fromValue(QDBusObjectPath(specificObject.isEmpty() ? QStringLiteral("/")
+                                                                           : specificObject))});
+    if (reply.type() != QDBusMessage::ReplyMessage || reply.arguments().size() < 2) {
+        if (error)
+            *error = errorFrom(QDBusError(reply), QStringLiteral("Joining the network"));
+        return {};
+    }
+    return reply.arguments().at(1).value<QDBusObjectPath>().path();
+}
+
+QString NetworkManagerClient::activate(const QString &connectionPath, const QString &devicePath,
+                                       const QString &specificObject, CWError *error)
+{
+    const QDBusMessage reply =
+        call(kManagerPath, kManagerIface, QStringLiteral("ActivateConnection"),
+             {QVariant::fromValue(QDBusObjectPath(connectionPath)),
+              QVariant::fromValue(QDBusObjectPath(devicePath)),
+              QVariant::fromValue(QDBusObjectPath(specificObject.isEmpty() ? QStringLiteral("/")
+                                                                           : specificObject))});
+    if (reply.type() != QDBusMessage::ReplyMessage || reply.arguments().isEmpty()) {
+        if (error)
+            *error = errorFrom(QDBusError(reply), QStringLiteral("Joining the network"));
+        return {};
+    }
+    return reply.arguments().constFirst().value<QDBusObjectPath>().path();
+}
+
+void NetworkManagerClient::deactivate(const QString &activePath)
+{
+    const QDBusMessage reply =
+        call(kManagerPath, kManagerIface, QStringLiteral("DeactivateConnection"),
+             {QVariant::fromValue(QDBusObjectPath(activePath))});
+    if (reply.type() != QDBusMessage::ReplyMessage)
+        qCInfo(lcNm) << "deactivation failed:" << reply.errorMessage();
+}
+
+std::optional<uint> NetworkManagerClient::activeConnectionState(const QString &activePath) const
+{
+    const auto value = property(activePath, kActiveIface, QStringLiteral("State"));
+    return value ? std::optional<uint>(value->toUInt()) : std::nullopt;
+}
+
+QString NetworkManagerClient::interfaceOfDevice(const QString &devicePath)
+{
+    auto it = m_deviceNames.constFind(devicePath);
+    if (it != m_deviceNames.constEnd())
+        return *it;
+    const auto name = property(devicePath, kDeviceIface, QStringLiteral("Interface"));
+    if (!name)
+        return {};
+    m_deviceNames.insert(devicePath, name->toString());
+    return name->toString();
+}
+
+void NetworkManagerClient::onDeviceStateChanged(const QDBusMessage &message)
+{
+    const QVariantList args = message.arguments();
+    if (args.size() < 3)
+        return;
+    const QString name = interfaceOfDevice(message.path());
+    if (!name.isEmpty())
+        Q_EMIT deviceStateChanged(name, args.at(0).toUInt(), args.at(1).toUInt(),
+                                  args.at(2).toUInt());
+}
+
+void NetworkManagerClient::onActiveStateChanged(const QDBusMessage &message)
+{
+    const QVariantList args = message.arguments();
+    if (args.size() < 2)
+        return;
+    Q_EMIT activeConnectionStateChanged(message.path(), args.at(0).toUInt(), args.at(1).toUInt());
+}
+
+void NetworkManagerClient::onSettingsChanged(const QDBusMessage &)
+{
+    Q_EMIT savedConnectionsChanged();
+}
+
+void NetworkManagerClient::onManagerPropertiesChanged(const QDBusMessage &message)
+{
+    for (const QVariant &arg : message.arguments()) {
+        const QVariantMap changed = qdbus_cast<QVariantMap>(arg);
+        if (changed.contains(QStringLiteral("WirelessEnabled")) ||
+            changed.contains(QStringLiteral("WirelessHardwareEnabled"))) {
+            Q_EMIT wirelessEnabledChanged();
+            return;
+        }
+    }
+}

@@ -1,0 +1,113 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "wireless/CWError.h"
+
+#include <QDBusConnection>
+#include <QDBusError>
+#include <QElapsedTimer>
+#include <QHash>
+#include <QList>
+#include <QMap>
+#include <QObject>
+#include <QString>
+#include <QVariantMap>
+
+#include <optional>
+
+class QDBusMessage;
+class QDBusServiceWatcher;
+
+// NetworkManager's connection settings: setting name -> property -> value (a{sa{sv}}).
+using NmSettings = QMap<QString, QVariantMap>;
+
+// Typed calls to NetworkManager over D-Bus. The bus and the service name are injected so
+// tests can point them at a mock. Every call is synchronous with a bounded wait and turns
+// a D-Bus failure into a CWError a user can act on; a daemon that is gone makes calls fail
+// with "NetworkManager is not running" and they work again once it is back.
+class NetworkManagerClient : public QObject
+{
+    Q_OBJECT
+public:
+    static QString defaultService() { return QStringLiteral("org.freedesktop.NetworkManager"); }
+
+    explicit NetworkManagerClient(const QDBusConnection &bus,
+                                  const QString &service = defaultService(),
+                                  QObject *parent = nullptr);
+    ~NetworkManagerClient() override;
+
+    bool isRunning() const;
+
+    // Manager.
+    std::optional<bool> wirelessEnabled(CWError *error = nullptr) const;
+    std::optional<bool> wirelessHardwareEnabled(CWError *error = nullptr) const;
+    bool setWirelessEnabled(bool on, CWError *error);
+    // The device object of a kernel interface; empty with *error set when NM has none.
+    QString deviceForInterface(const QString &interfaceName, CWError *error) const;
+    // NMDeviceState of a device, 0 when unknown.
+    uint deviceState(const QString &devicePath) const;
+    bool disconnectDevice(const QString &devicePath, CWError *error);
+
+    // Asks the device to scan without waiting for it. Requests closer together than
+    // NetworkManager accepts are not sent; "already scanning" is fine. Returns whether a
+    // request went out.
+    bool requestScan(const QString &devicePath);
+    void setScanInterval(int msec) { m_scanIntervalMs = msec; }
+
+    // The access point object NetworkManager holds for a BSSID on that device, if any,
+    // with its RSN flags (NM80211ApSecurityFlags).
+    struct AccessPoint
+    {
+        QString path;
+        uint rsnFlags = 0;
+        uint wpaFlags = 0;
+    };
+    std::optional<AccessPoint> accessPointFor(const QString &devicePath,
+                                              const QString &bssid) const;
+
+    // Saved connections.
+    QStringList connections(CWError *error) const;
+    NmSettings connectionSettings(const QString &path, CWError *error) const;
+    // Only what NetworkManager hands over to this user; none when it keeps them.
+    NmSettings connectionSecrets(const QString &path, const QString &settingName) const;
+
+    // Activation. Return the active connection's path, or empty with *error set.
+    QString addAndActivate(const NmSettings &settings, const QString &devicePath,
+                           const QString &specificObject, CWError *error);
+    QString activate(const QString &connectionPath, const QString &devicePath,
+                     const QString &specificObject, CWError *error);
+    void deactivate(const QString &activePath);
+    // NMActiveConnectionState, none when the object is gone.
+    std::optional<uint> activeConnectionState(const QString &activePath) const;
+
+    // The CWError for a failed call; `what` names the action for unexpected failures.
+    static CWError errorFrom(const QDBusError &error, const QString &what);
+
+Q_SIGNALS:
+    void deviceStateChanged(const QString &interfaceName, uint newState, uint oldState,
+                            uint reason);
+    void activeConnectionStateChanged(const QString &activePath, uint state, uint reason);
+    void savedConnectionsChanged();
+    void wirelessEnabledChanged();
+    void runningChanged(bool running);
+
+private Q_SLOTS:
+    void onDeviceStateChanged(const QDBusMessage &message);
+    void onActiveStateChanged(const QDBusMessage &message);
+    void onSettingsChanged(const QDBusMessage &message);
+    void onManagerPropertiesChanged(const QDBusMessage &message);
+
+private:
+    QDBusMessage call(const QString &path, const QString &interface, const QString &method,
+                      const QVariantList &args, int timeoutMs = -1) const;
+    std::optional<QVariant> property(const QString &path, const QString &interface,
+                                     const QString &name, CWError *error = nullptr) const;
+    QString interfaceOfDevice(const QString &devicePath);
+
+    QDBusConnection m_bus;
+    QString m_service;
+    QDBusServiceWatcher *m_watcher = nullptr;
+    QHash<QString, QElapsedTimer> m_lastScan;
+    QHash<QString, QString> m_deviceNames;
+    int m_scanIntervalMs = 10000;
+};

@@ -1,0 +1,154 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Exercises the Linux backend on a real wireless stack (the hwsim VM): prints every
+// interface query, one scan, a channel change and, when asked, a join and a disconnect.
+// Output is one "key: value" line per fact so the harness can check it with grep.
+
+#include "wireless/CWKeys.h"
+#include "wireless/linux/LinuxBackend.h"
+
+#include <QCoreApplication>
+#include <QStringList>
+#include <QThread>
+
+#include <cstdio>
+
+namespace {
+
+void out(const QString &line)
+{
+    std::fputs(qPrintable(line + u'\n'), stdout);
+    std::fflush(stdout);
+}
+
+QString text(const std::optional<QString> &v)
+{
+    return v ? *v : QStringLiteral("(none)");
+}
+
+void printInterface(LinuxBackend &backend, const QString &name)
+{
+    out(QStringLiteral("iface %1 power: %2").arg(name).arg(backend.powerOn(name)));
+    out(QStringLiteral("iface %1 ssid: %2").arg(name, text(backend.ssid(name))));
+    out(QStringLiteral("iface %1 bssid: %2").arg(name, text(backend.bssid(name))));
+    out(QStringLiteral("iface %1 security: %2").arg(name).arg(backend.security(name)));
+    out(QStringLiteral("iface %1 rssi: %2").arg(name).arg(backend.rssiValue(name)));
+    out(QStringLiteral("iface %1 noise: %2").arg(name).arg(backend.noiseMeasurement(name)));
+    out(QStringLiteral("iface %1 rate: %2").arg(name).arg(backend.transmitRate(name)));
+    out(QStringLiteral("iface %1 txpower: %2").arg(name).arg(backend.transmitPower(name)));
+    out(QStringLiteral("iface %1 country: %2").arg(name, text(backend.countryCode(name))));
+    QStringList channels;
+    for (qint64 c : backend.supportedChannels(name))
+        channels.append(QString::number(c));
+    out(QStringLiteral("iface %1 channels: %2").arg(name, channels.join(u',')));
+    const auto channel = backend.wlanChannel(name);
+    out(QStringLiteral("iface %1 channel: %2/%3/%4")
+            .arg(name)
+            .arg(channel ? channel->channelNumber() : -1)
+            .arg(channel ? channel->channelBand() : -1)
+            .arg(channel ? channel->channelWidth() : -1));
+    out(QStringLiteral("iface %1 state: %2")
+            .arg(name)
+            .arg(backend.interfaceState(name).value_or(-1)));
+    out(QStringLiteral("iface %1 opmode: %2").arg(name).arg(backend.opMode(name).value_or(-1)));
+    out(QStringLiteral("iface %1 serviceActive: %2").arg(name).arg(backend.serviceActive(name)));
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    QCoreApplication app(argc, argv);
+    const QStringList args = app.arguments().mid(1);
+    QString error;
+    auto backend = LinuxBackend::create(&error);
+    if (!backend) {
+        out(QStringLiteral("create failed: %1").arg(error));
+        return 1;
+    }
+    const QStringList names = backend->interfaceNames();
+    out(QStringLiteral("interfaces: %1").arg(names.join(u',')));
+    const QString name = args.value(0, names.value(0));
+    printInterface(*backend, name);
+
+    CWError cwError;
+    out(QStringLiteral("authorization: %1 %2")
+            .arg(backend->obtainAuthorization(QStringLiteral("system.preferences"), 19, &cwError))
+            .arg(cwError.localizedDescription()));
+
+    const auto networks = backend->scanForNetworks(name, {}, &cwError);
+    out(QStringLiteral("scan: %1 networks, error \"%2\"")
+            .arg(networks.size())
+            .arg(cwError.localizedDescription()));
+    for (const CWNetworkRef &n : networks)
+        out(QStringLiteral(
+                "bss %1 ssid=\"%2\" rssi=%3 noise=%4 channel=%5/%6/%7 securities=%8 mode=%9")
+                .arg(n->bssid(), text(n->ssid()))
+                .arg(n->rssiValue())
+                .arg(n->noiseMeasurement())
+                .arg(n->wlanChannel().channelNumber())
+                .arg(n->wlanChannel().channelBand())
+                .arg(n->wlanChannel().channelWidth())
+                .arg(n->data().securities, 0, 16)
+                .arg(n->securityMode().value_or(-1)));
+
+    out(QStringLiteral("setChannel 6: %1 \"%2\"")
+            .arg(backend->setChannel(name, 6, &cwError))
+            .arg(cwError.localizedDescription()));
+    out(QStringLiteral("setChannel 0: %1 \"%2\"")
+            .arg(backend->setChannel(name, 0, &cwError))
+            .arg(cwError.localizedDescription()));
+
+    // "--wait-scan N": scan every two seconds until N networks are heard (the first
+    // call only asks for fresh results; later ones read what arrived).
+    const int wait = args.indexOf(QStringLiteral("--wait-scan"));
+    if (wait >= 0 && args.size() > wait + 1) {
+        const int want = args[wait + 1].toInt();
+        qsizetype got = 0;
+        int seconds = 0;
+        for (; seconds <= 40; seconds += 2) {
+            got = backend->scanForNetworks(name, {}, &cwError).size();
+            if (got >= want)
+                break;
+            QThread::sleep(2);
+        }
+        out(QStringLiteral("rescan: %1 networks after %2 s \"%3\"")
+                .arg(got)
+                .arg(seconds)
+                .arg(cwError.localizedDescription()));
+    }
+
+    // "--join SSID PASSPHRASE": join through NetworkManager, show the link, then leave.
+    const int join = args.indexOf(QStringLiteral("--join"));
+    if (join >= 0 && args.size() > join + 2) {
+        CWNetworkRef target;
+        for (const CWNetworkRef &n : networks)
+            if (n->ssid() == args[join + 1])
+                target = n;
+        if (!target) {
+            out(QStringLiteral("join: %1 not in the scan").arg(args[join + 1]));
+            return 2;
+        }
+        QVariantMap parameters;
+        if (!args[join + 2].isEmpty())
+            parameters.insert(kCWAssocKeyPassphrase, args[join + 2]);
+        QStringList changes;
+        QObject::connect(backend.get(), &WirelessBackend::linkChanged,
+                         [&](const QString &changed, const QStringList &keys) {
+                             changes.append(changed + u'=' + keys.join(u'|'));
+                         });
+        const bool ok = backend->associateToNetwork(name, target, parameters, &cwError);
+        out(QStringLiteral("join %1: %2 \"%3\"")
+                .arg(args[join + 1])
+                .arg(ok)
+                .arg(cwError.localizedDescription()));
+        QThread::msleep(1500); // a few frames so the station entry has rates
+        printInterface(*backend, name);
+        backend->disassociate(name);
+        QThread::msleep(500);
+        QCoreApplication::processEvents();
+        out(QStringLiteral("link changes: %1 %2").arg(changes.size()).arg(changes.value(0)));
+        out(QStringLiteral("after disconnect state: %1")
+                .arg(backend->interfaceState(name).value_or(-1)));
+    }
+    return 0;
+}

@@ -1,0 +1,316 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// nl80211 replies crafted byte by byte, as a driver could send them, through the parser
+// and on into scan results.
+
+#include "wireless/CWTypes.h"
+#include "wireless/linux/LinuxChannelMap.h"
+#include "wireless/linux/LinuxScanResults.h"
+#include "wireless/linux/Nl80211Parser.h"
+
+#include <gtest/gtest.h>
+
+#include <linux/nl80211.h>
+#include <netlink/attr.h>
+#include <netlink/genl/genl.h>
+#include <netlink/msg.h>
+
+#include <functional>
+
+namespace {
+
+// One generic-netlink message as the kernel would deliver it.
+class Message
+{
+public:
+    explicit Message(int cmd = NL80211_CMD_NEW_SCAN_RESULTS) : m_msg(nlmsg_alloc())
+    {
+        genlmsg_put(m_msg, 0, 0, 0x1c, 0, 0, quint8(cmd), 1);
+    }
+    ~Message() { nlmsg_free(m_msg); }
+    Message(const Message &) = delete;
+    Message &operator=(const Message &) = delete;
+
+    nl_msg *get() const { return m_msg; }
+    Message &u32(int type, quint32 v)
+    {
+        nla_put_u32(m_msg, type, v);
+        return *this;
+    }
+    Message &u16(int type, quint16 v)
+    {
+        nla_put_u16(m_msg, type, v);
+        return *this;
+    }
+    Message &u8(int type, quint8 v)
+    {
+        nla_put_u8(m_msg, type, v);
+        return *this;
+    }
+    Message &bytes(int type, const QByteArray &v)
+    {
+        nla_put(m_msg, type, int(v.size()), v.constData());
+        return *this;
+    }
+    Message &flag(int type)
+    {
+        nla_put_flag(m_msg, type);
+        return *this;
+    }
+    Message &nest(int type, const std::function<void(Message &)> &inner)
+    {
+        nlattr *start = nla_nest_start(m_msg, type);
+        inner(*this);
+        nla_nest_end(m_msg, start);
+        return *this;
+    }
+
+private:
+    nl_msg *m_msg;
+};
+
+const QByteArray kBssid = QByteArray::fromHex("02AB00CD0001");
+// SSID "Caf\xc3\xa9", DS Parameter Set channel 6.
+const QByteArray kIes = QByteArray::fromHex("0005436166c3a9") + QByteArray::fromHex("030106");
+
+void fullBss(Message &m, quint32 seenMsAgo = 1200)
+{
+    m.nest(NL80211_ATTR_BSS, [&](Message &b) {
+        b.bytes(NL80211_BSS_BSSID, kBssid)
+            .u32(NL80211_BSS_FREQUENCY, 2437)
+            .u16(NL80211_BSS_CAPABILITY, 0x0411)
+            .u16(NL80211_BSS_BEACON_INTERVAL, 100)
+            .bytes(NL80211_BSS_INFORMATION_ELEMENTS, kIes)
+            .u32(NL80211_BSS_SIGNAL_MBM, quint32(-4500))
+            .u32(NL80211_BSS_SEEN_MS_AGO, seenMsAgo)
+            .u32(NL80211_BSS_STATUS, NL80211_BSS_STATUS_ASSOCIATED);
+    });
+}
+
+} // namespace
+
+TEST(LinuxNl80211Parser, BssWithEveryField)
+{
+    Message m;
+    fullBss(m);
+    const auto bss = Nl80211Parser::parseBss(m.get());
+    ASSERT_TRUE(bss);
+    EXPECT_EQ(bss->bssid, kBssid);
+    EXPECT_EQ(bss->frequency, 2437u);
+    EXPECT_EQ(bss->capability, 0x0411);
+    EXPECT_EQ(bss->beaconInterval, 100);
+    EXPECT_EQ(bss->ies, kIes);
+    EXPECT_EQ(bss->signalMbm, -4500);
+    EXPECT_FALSE(bss->signalUnspec);
+    EXPECT_EQ(bss->seenMsAgo, 1200u);
+    EXPECT_EQ(bss->status, quint32(NL80211_BSS_STATUS_ASSOCIATED));
+    EXPECT_EQ(Nl80211Parser::macToText(bss->bssid), QStringLiteral("02:ab:00:cd:00:01"));
+}
+
+TEST(LinuxNl80211Parser, BssFallsBackToBeaconElements)
+{
+    Message m;
+    m.nest(NL80211_ATTR_BSS, [&](Message &b) {
+        b.bytes(NL80211_BSS_BSSID, kBssid)
+            .bytes(NL80211_BSS_BEACON_IES, kIes)
+            .u8(NL80211_BSS_SIGNAL_UNSPEC, 60);
+    });
+    const auto bss = Nl80211Parser::parseBss(m.get());
+    ASSERT_TRUE(bss);
+    EXPECT_EQ(bss->ies, kIes);
+    EXPECT_EQ(bss->signalUnspec, 60);
+    EXPECT_EQ(bss->frequency, 0u);
+    EXPECT_FALSE(bss->status);
+}
+
+TEST(LinuxNl80211Parser, MalformedBssIsDropped)
+{
+    struct Row
+    {
+        const char *name;
+        std::function<void(Message &)> build;
+    };
+    const Row rows[] = {
+        {"no BSS attribute", [](Message &m) { m.u32(NL80211_ATTR_IFINDEX, 3); }},
+        {"no BSSID",
+         [](Message &m) {
+             m.nest(NL80211_ATTR_BSS, [](Message &b) { b.u32(NL80211_BSS_FREQUENCY, 2412); });
+         }},
+        {"short BSSID",
+         [](Message &m) {
+             m.nest(NL80211_ATTR_BSS,
+                    [](Message &b) { b.bytes(NL80211_BSS_BSSID, "\x02\x00\x00"); });
+         }},
+        {"frequency of two bytes",
+         [](Message &m) {
+             m.nest(NL80211_ATTR_BSS, [](Message &b) {
+                 b.bytes(NL80211_BSS_BSSID, kBssid).u16(NL80211_BSS_FREQUENCY, 2412);
+             });
+         }},
+        {"BSS attribute that is not nested",
+         [](Message &m) { m.bytes(NL80211_ATTR_BSS, QByteArray::fromHex("ffffffffffff")); }},
+    };
+    for (const Row &row : rows) {
+        Message m;
+        row.build(m);
+        EXPECT_FALSE(Nl80211Parser::parseBss(m.get())) << row.name;
+    }
+    EXPECT_FALSE(Nl80211Parser::parseBss(nullptr));
+
+    // A header that claims less than a generic-netlink header.
+    Message truncated;
+    fullBss(truncated);
+    nlmsg_hdr(truncated.get())->nlmsg_len = NLMSG_HDRLEN + 2;
+    EXPECT_FALSE(Nl80211Parser::parseBss(truncated.get()));
+    EXPECT_EQ(Nl80211Parser::commandOf(truncated.get()), 0);
+}
+
+TEST(LinuxNl80211Parser, StationPrefersTheWideBitrate)
+{
+    struct Row
+    {
+        const char *name;
+        std::optional<quint32> bitrate32;
+        std::optional<quint16> bitrate16;
+        std::optional<double> expected;
+    };
+    const Row rows[] = {
+        {"both", 8667, 65535, 866.7},
+        {"16-bit only", std::nullopt, 540, 54.0},
+        {"none", std::nullopt, std::nullopt, std::nullopt},
+    };
+    for (const Row &row : rows) {
+        Message m(NL80211_CMD_NEW_STATION);
+        m.bytes(NL80211_ATTR_MAC, kBssid).nest(NL80211_ATTR_STA_INFO, [&](Message &s) {
+            s.u8(NL80211_STA_INFO_SIGNAL, quint8(-52));
+            s.nest(NL80211_STA_INFO_TX_BITRATE, [&](Message &r) {
+                if (row.bitrate32)
+                    r.u32(NL80211_RATE_INFO_BITRATE32, *row.bitrate32);
+                if (row.bitrate16)
+                    r.u16(NL80211_RATE_INFO_BITRATE, *row.bitrate16);
+            });
+        });
+        const auto station = Nl80211Parser::parseStation(m.get());
+        ASSERT_TRUE(station) << row.name;
+        EXPECT_EQ(station->signalDbm, -52) << row.name;
+        ASSERT_EQ(station->txBitrateMbps.has_value(), row.expected.has_value()) << row.name;
+        if (row.expected) {
+            EXPECT_DOUBLE_EQ(*station->txBitrateMbps, *row.expected) << row.name;
+        }
+    }
+}
+
+TEST(LinuxNl80211Parser, SurveyInterfaceWiphyAndRegulatoryReplies)
+{
+    Message survey(NL80211_CMD_NEW_SURVEY_RESULTS);
+    survey.u32(NL80211_ATTR_IFINDEX, 3).nest(NL80211_ATTR_SURVEY_INFO, [](Message &s) {
+        s.u32(NL80211_SURVEY_INFO_FREQUENCY, 2412)
+            .u8(NL80211_SURVEY_INFO_NOISE, quint8(-92))
+            .flag(NL80211_SURVEY_INFO_IN_USE);
+    });
+    const auto s = Nl80211Parser::parseSurvey(survey.get());
+    ASSERT_TRUE(s);
+    EXPECT_EQ(s->frequency, 2412u);
+    EXPECT_EQ(s->noiseDbm, -92);
+    EXPECT_TRUE(s->inUse);
+    Message noFrequency(NL80211_CMD_NEW_SURVEY_RESULTS);
+    noFrequency.nest(NL80211_ATTR_SURVEY_INFO,
+                     [](Message &i) { i.u8(NL80211_SURVEY_INFO_NOISE, quint8(-90)); });
+    EXPECT_FALSE(Nl80211Parser::parseSurvey(noFrequency.get()));
+
+    Message iface(NL80211_CMD_NEW_INTERFACE);
+    iface.u32(NL80211_ATTR_IFINDEX, 3)
+        .bytes(NL80211_ATTR_IFNAME, QByteArray("wlan0", 6))
+        .u32(NL80211_ATTR_IFTYPE, NL80211_IFTYPE_STATION)
+        .u32(NL80211_ATTR_WIPHY, 1)
+        .bytes(NL80211_ATTR_MAC, kBssid)
+        .bytes(NL80211_ATTR_SSID, QByteArray("home\0net", 8))
+        .u32(NL80211_ATTR_WIPHY_FREQ, 5180)
+        .u32(NL80211_ATTR_CHANNEL_WIDTH, NL80211_CHAN_WIDTH_40)
+        .u32(NL80211_ATTR_WIPHY_TX_POWER_LEVEL, 2000);
+    const auto info = Nl80211Parser::parseInterface(iface.get());
+    ASSERT_TRUE(info);
+    EXPECT_EQ(info->ifindex, 3);
+    EXPECT_EQ(info->name, QStringLiteral("wlan0"));
+    EXPECT_EQ(info->iftype, quint32(NL80211_IFTYPE_STATION));
+    EXPECT_EQ(info->wiphy, 1u);
+    EXPECT_EQ(info->ssid, QByteArray("home\0net", 8)); // raw bytes, NUL included
+    EXPECT_EQ(info->frequency, 5180u);
+    EXPECT_EQ(info->txPowerMbm, 2000);
+    const auto channel = LinuxChannelMap::channel(info->frequency, info->chanWidth);
+    ASSERT_TRUE(channel);
+    EXPECT_EQ(*channel, CWChannel(36, kCWChannelBand5GHz, kCWChannelWidth40MHz));
+    EXPECT_FALSE(LinuxChannelMap::channel(0, std::nullopt));
+    // A wireless device without a netdev (P2P device) is no interface of ours.
+    Message wdevOnly(NL80211_CMD_NEW_INTERFACE);
+    wdevOnly.u32(NL80211_ATTR_IFTYPE, NL80211_IFTYPE_P2P_DEVICE).u32(NL80211_ATTR_WIPHY, 0);
+    EXPECT_FALSE(Nl80211Parser::parseInterface(wdevOnly.get()));
+
+    Message wiphy(NL80211_CMD_NEW_WIPHY);
+    wiphy.u32(NL80211_ATTR_WIPHY, 1).nest(NL80211_ATTR_WIPHY_BANDS, [](Message &bands) {
+        bands.nest(NL80211_BAND_2GHZ, [](Message &band) {
+            band.nest(NL80211_BAND_ATTR_FREQS, [](Message &freqs) {
+                freqs.nest(0, [](Message &f) { f.u32(NL80211_FREQUENCY_ATTR_FREQ, 2412); });
+                freqs.nest(1, [](Message &f) {
+                    f.u32(NL80211_FREQUENCY_ATTR_FREQ, 2467).flag(NL80211_FREQUENCY_ATTR_DISABLED);
+                });
+                freqs.nest(2, [](Message &f) { f.flag(NL80211_FREQUENCY_ATTR_DISABLED); });
+            });
+        });
+        bands.nest(NL80211_BAND_5GHZ, [](Message &band) {
+            band.nest(NL80211_BAND_ATTR_FREQS, [](Message &freqs) {
+                freqs.nest(0, [](Message &f) { f.u32(NL80211_FREQUENCY_ATTR_FREQ, 5180); });
+            });
+        });
+    });
+    EXPECT_EQ(Nl80211Parser::wiphyIndex(wiphy.get()), 1u);
+    const auto freqs = Nl80211Parser::parseWiphyFrequencies(wiphy.get());
+    ASSERT_EQ(freqs.size(), 3);
+    EXPECT_EQ(freqs[0].frequency, 2412u);
+    EXPECT_FALSE(freqs[0].disabled);
+    EXPECT_EQ(freqs[1].frequency, 2467u);
+    EXPECT_TRUE(freqs[1].disabled);
+    EXPECT_EQ(freqs[2].frequency, 5180u);
+
+    Message reg(NL80211_CMD_GET_REG);
+    reg.bytes(NL80211_ATTR_REG_ALPHA2, QByteArray("DE", 3));
+    EXPECT_EQ(Nl80211Parser::parseRegulatoryCountry(reg.get()), QStringLiteral("DE"));
+    Message badReg(NL80211_CMD_GET_REG);
+    badReg.bytes(NL80211_ATTR_REG_ALPHA2, QByteArray("\n<", 2));
+    EXPECT_EQ(Nl80211Parser::parseRegulatoryCountry(badReg.get()), QString());
+}
+
+TEST(LinuxScanResults, StaleEntriesSignalAndNoise)
+{
+    auto bssAt = [](quint32 freq, quint32 seen, std::optional<int> mbm, std::optional<int> unspec) {
+        Nl80211Bss bss;
+        bss.bssid = kBssid;
+        bss.frequency = freq;
+        bss.ies = kIes;
+        bss.seenMsAgo = seen;
+        bss.signalMbm = mbm;
+        bss.signalUnspec = unspec;
+        return bss;
+    };
+    QList<Nl80211Bss> bsses{bssAt(2437, 0, -4500, std::nullopt),
+                            bssAt(2437, LinuxScanResults::kMaxAgeMs + 1, -3000, std::nullopt),
+                            bssAt(2412, 500, std::nullopt, 60),
+                            bssAt(5180, 30000, std::nullopt, std::nullopt)};
+    QList<Nl80211Survey> survey{{2437, -88, true}, {2412, std::nullopt, false}};
+    QList<QByteArray> asked;
+    const auto networks = LinuxScanResults::networks(
+        bsses, LinuxScanResults::noiseByFrequency(survey), [&](const QByteArray &ssid) {
+            asked.append(ssid);
+            return nullptr;
+        });
+    ASSERT_EQ(networks.size(), 3);
+    EXPECT_EQ(networks[0]->bssid(), QStringLiteral("02:ab:00:cd:00:01"));
+    EXPECT_EQ(networks[0]->ssid(), QStringLiteral("Café"));
+    EXPECT_EQ(networks[0]->rssiValue(), -45);
+    EXPECT_EQ(networks[0]->noiseMeasurement(), -88); // measured by the survey
+    EXPECT_EQ(networks[1]->rssiValue(), -70);        // 60 % of the -100..-50 span
+    EXPECT_EQ(networks[1]->noiseMeasurement(), -95); // no reading: the 2.4 GHz floor
+    EXPECT_EQ(networks[2]->noiseMeasurement(), -92); // the 5 GHz floor
+    EXPECT_EQ(networks[2]->rssiValue(), 0);
+    EXPECT_EQ(asked.size(), 3);
+    EXPECT_EQ(asked.first(), QByteArray("Caf\xc3\xa9"));
+}

@@ -1,0 +1,251 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The Linux backend's pure parts: connection settings, failure texts, the polkit subject's
+// start time and the sysfs facts (rfkill, link state) read from a fake tree.
+
+#include "wireless/CWKeys.h"
+#include "wireless/CWTypes.h"
+#include "wireless/linux/NmFailureText.h"
+#include "wireless/linux/NmSettingsBuilder.h"
+#include "wireless/linux/PolkitClient.h"
+#include "wireless/linux/SysfsReader.h"
+
+#include <gtest/gtest.h>
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+
+namespace {
+
+CWNetwork networkWith(unsigned securities, std::optional<int> mode, QByteArray ssid = "net")
+{
+    CWNetwork::Data d;
+    d.ssidData = std::move(ssid);
+    d.bssid = QStringLiteral("02:00:00:00:00:01");
+    d.securities = securities;
+    d.securityMode = mode;
+    return CWNetwork(d);
+}
+
+void writeFile(const QString &path, const QByteArray &contents)
+{
+    QDir().mkpath(QFileInfo(path).absolutePath());
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(contents);
+}
+
+} // namespace
+
+TEST(LinuxNmSettings, KeyShapes)
+{
+    struct Row
+    {
+        QString key;
+        bool wep;
+        bool wpa;
+    };
+    const Row rows[] = {
+        {QStringLiteral("abcde"), true, false},
+        {QStringLiteral("abcdefghijklm"), true, true},
+        {QStringLiteral("0123456789"), true, true},
+        {QStringLiteral("012345678g"), false, true},
+        {QStringLiteral("0123456789abcdef0123456789"), true, true},
+        {QStringLiteral("short"), true, false},
+        {QStringLiteral("seven77"), false, false},
+        {QString(63, u'x'), false, true},
+        {QString(64, u'x'), false, false},
+        {QString(64, u'a'), false, true}, // 64 hex digits: a raw key
+        {QString(), false, false},
+    };
+    for (const Row &row : rows) {
+        EXPECT_EQ(NmSettingsBuilder::isWepKey(row.key), row.wep) << row.key.toStdString();
+        EXPECT_EQ(NmSettingsBuilder::isWpaPassphrase(row.key), row.wpa) << row.key.toStdString();
+    }
+}
+
+TEST(LinuxNmSettings, SecurityOfANetwork)
+{
+    using S = NmSettingsBuilder::Security;
+    struct Row
+    {
+        const char *name;
+        unsigned securities;
+        std::optional<int> mode;
+        uint apFlags;
+        bool profile;
+        S expected;
+    };
+    const Row rows[] = {
+        {"open", 1u, kCWSecurityModeOpen, 0, false, S::Open},
+        {"wep", 1u << kCWSecurityWEP, kCWSecurityModeWEP, 0, false, S::Wep},
+        {"wpa2", 1u << kCWSecurityWPA2Personal, kCWSecurityModeWPA2_PSK, 0, false, S::Psk},
+        {"mixed", 1u << kCWSecurityWPAPersonalMixed, kCWSecurityModeWPA2_PSK, 0, false, S::Psk},
+        {"wpa3 only", 1u << kCWSecurityWPA2Personal, kCWSecurityModeWPA2_PSK, 0x400 | 0x88, false,
+         S::Sae},
+        {"wpa3 transition", 1u << kCWSecurityWPA2Personal, kCWSecurityModeWPA2_PSK, 0x500, false,
+         S::Psk},
+        {"enterprise", 1u << kCWSecurityWPA2Enterprise, kCWSecurityModeWPA2_Enterprise, 0, false,
+         S::Enterprise},
+        {"dynamic wep", 1u << kCWSecurityDynamicWEP, kCWSecurityMode8021XWEP, 0, true,
+         S::DynamicWep},
+        {"unknown with a profile", 0u, std::nullopt, 0, true, S::Enterprise},
+        {"only NetworkManager knows", 0u, std::nullopt, 0x100, false, S::Psk},
+    };
+    for (const Row &row : rows)
+        EXPECT_EQ(NmSettingsBuilder::securityFor(networkWith(row.securities, row.mode), row.apFlags,
+                                                 row.profile),
+                  row.expected)
+            << row.name;
+}
+
+TEST(LinuxNmSettings, HostileSsidsMakeSafeNames)
+{
+    EXPECT_EQ(NmSettingsBuilder::connectionId(QByteArray("a\tb\nc<d\0e", 9)),
+              QStringLiteral("abc<de"));
+    EXPECT_EQ(NmSettingsBuilder::connectionId(QByteArray("\xff\xfe")),
+              QStringLiteral("\uFFFD\uFFFD"));
+    EXPECT_EQ(NmSettingsBuilder::connectionId(QByteArray("\n\t")), QStringLiteral("Wi-Fi"));
+
+    // Raw SSID bytes go to NetworkManager untouched.
+    const QByteArray raw("a\tb\0\xff", 5);
+    CWError error;
+    const auto settings = NmSettingsBuilder::joinSettings(
+        networkWith(1, 0, raw), NmSettingsBuilder::Security::Open, {}, &error);
+    ASSERT_TRUE(settings);
+    EXPECT_EQ(NmSettingsBuilder::ssidOf(*settings), raw);
+
+    // A hidden network cannot be joined by a name it does not send.
+    CWNetwork::Data hidden;
+    hidden.ssidPresent = false;
+    EXPECT_FALSE(NmSettingsBuilder::joinSettings(CWNetwork(hidden),
+                                                 NmSettingsBuilder::Security::Open, {}, &error));
+    EXPECT_EQ(error.code(), int(kCWErrorInvalidParameter));
+}
+
+TEST(LinuxNmSettings, EnterpriseNeedsAUserName)
+{
+    CWError error;
+    auto profile = CW8021XProfile::profile(); // "Default" with an empty user name field
+    const QVariantMap parameters{{kCWAssocKey8021XProfile, QVariant::fromValue(profile)}};
+    EXPECT_FALSE(NmSettingsBuilder::joinSettings(networkWith(1u << kCWSecurityWPA2Enterprise, 6),
+                                                 NmSettingsBuilder::Security::Enterprise,
+                                                 parameters, &error));
+    EXPECT_EQ(error.localizedDescription(),
+              QStringLiteral("This network needs an 802.1X user name and password"));
+    profile->setUsername(QStringLiteral("bob"));
+    const auto settings = NmSettingsBuilder::joinSettings(
+        networkWith(1u << kCWSecurityWPA2Enterprise, 6), NmSettingsBuilder::Security::Enterprise,
+        parameters, &error);
+    ASSERT_TRUE(settings);
+    // No password given: none is sent, so NetworkManager asks its agent.
+    EXPECT_FALSE(settings->value(QStringLiteral("802-1x")).contains(QStringLiteral("password")));
+}
+
+TEST(LinuxNmSettings, SavedConnectionsBecomeProfiles)
+{
+    NmSettings settings;
+    settings[QStringLiteral("connection")] = {
+        {QStringLiteral("id"), QStringLiteral("Office")},
+        {QStringLiteral("type"), QStringLiteral("802-11-wireless")}};
+    settings[QStringLiteral("802-11-wireless")] = {
+        {QStringLiteral("ssid"), QByteArray("corp")},
+        {QStringLiteral("mode"), QStringLiteral("adhoc")}};
+    EXPECT_FALSE(NmSettingsBuilder::isWifiInfrastructure(settings));
+    settings[QStringLiteral("802-11-wireless")].remove(QStringLiteral("mode"));
+    EXPECT_TRUE(NmSettingsBuilder::isWifiInfrastructure(settings));
+    EXPECT_FALSE(NmSettingsBuilder::profileFrom(settings, {}));
+
+    settings[QStringLiteral("802-11-wireless-security")] = {
+        {QStringLiteral("key-mgmt"), QStringLiteral("none")}};
+    NmSettings secrets;
+    secrets[QStringLiteral("802-11-wireless-security")] = {
+        {QStringLiteral("wep-key0"), QStringLiteral("abcde")}};
+    const auto wep = NmSettingsBuilder::wirelessProfileFrom(settings, secrets);
+    EXPECT_EQ(wep->passphrase(), QStringLiteral("abcde"));
+    EXPECT_EQ(wep->ssid(), QStringLiteral("corp"));
+    EXPECT_FALSE(wep->user8021XProfile());
+}
+
+TEST(LinuxNmFailureText, Reasons)
+{
+    struct Row
+    {
+        uint active;
+        uint device;
+        QString expected;
+    };
+    const Row rows[] = {
+        {9, 0, QStringLiteral("The passphrase was rejected")},
+        {10, 0, QStringLiteral("The passphrase was rejected")},
+        {3, 7, QStringLiteral("The passphrase was rejected")},
+        {3, 8, QStringLiteral("The passphrase was rejected")},
+        {6, 0, QStringLiteral("The network did not answer")},
+        {3, 11, QStringLiteral("The network did not answer")},
+        {3, 53, QStringLiteral("The network is out of range")},
+        {2, 0, QStringLiteral("The connection was cancelled")},
+        {3, 0, QStringLiteral("The network could not be joined (NetworkManager reason 3)")},
+        {1, 99, QStringLiteral("The network could not be joined (NetworkManager reason 99)")},
+    };
+    for (const Row &row : rows)
+        EXPECT_EQ(NmFailureText::describe(row.active, row.device), row.expected)
+            << row.active << "/" << row.device;
+}
+
+TEST(LinuxPolkit, ProcessStartTime)
+{
+    struct Row
+    {
+        QByteArray stat;
+        quint64 expected;
+    };
+    const QByteArray tail = " S 1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17 18 987654 20 21\n";
+    const Row rows[] = {
+        {"4242 (corvane)" + tail, 987654},
+        {"4242 (a b) c)" + tail, 987654}, // a command name with spaces and ')'
+        {"4242 (x) S 1 2", 0},            // too short
+        {"garbage", 0},
+        {"", 0},
+    };
+    for (const Row &row : rows)
+        EXPECT_EQ(PolkitClient::processStartTime(row.stat), row.expected) << row.stat.constData();
+}
+
+TEST(LinuxSysfs, RfkillLinkAndWirelessPresence)
+{
+    QTemporaryDir root;
+    ASSERT_TRUE(root.isValid());
+    const QString net = root.filePath(QStringLiteral("class/net"));
+    writeFile(net + QStringLiteral("/eth0/flags"), "0x1003\n");
+    writeFile(net + QStringLiteral("/wlan0/flags"), "0x1002\n"); // down
+    writeFile(net + QStringLiteral("/wlan0/phy80211/rfkill1/soft"), "1\n");
+    writeFile(net + QStringLiteral("/wlan0/phy80211/rfkill1/hard"), "0\n");
+    writeFile(net + QStringLiteral("/wlan1/flags"), "0x1003\n");
+    writeFile(net + QStringLiteral("/wlan1/phy80211/rfkill2/soft"), "0\n");
+    writeFile(net + QStringLiteral("/wlan1/phy80211/rfkill2/hard"), "0\n");
+
+    SysfsReader sysfs(root.path());
+    EXPECT_TRUE(sysfs.hasWirelessInterface());
+    EXPECT_FALSE(sysfs.linkUp(QStringLiteral("wlan0")));
+    EXPECT_TRUE(sysfs.linkUp(QStringLiteral("wlan1")));
+    EXPECT_FALSE(sysfs.linkUp(QStringLiteral("../../etc")));
+    EXPECT_FALSE(sysfs.linkUp(QStringLiteral("missing")));
+    EXPECT_TRUE(sysfs.rfkill(QStringLiteral("wlan0")).softBlocked);
+    EXPECT_FALSE(sysfs.rfkill(QStringLiteral("wlan0")).hardBlocked);
+    EXPECT_FALSE(sysfs.rfkill(QStringLiteral("wlan1")).softBlocked);
+
+    // A laptop's Wi-Fi key: a platform switch of type wlan, not tied to a phy.
+    const QString rfkill = root.filePath(QStringLiteral("class/rfkill"));
+    writeFile(rfkill + QStringLiteral("/rfkill0/type"), "wlan\n");
+    writeFile(rfkill + QStringLiteral("/rfkill0/name"), "platform-wifi\n");
+    writeFile(rfkill + QStringLiteral("/rfkill0/soft"), "0\n");
+    writeFile(rfkill + QStringLiteral("/rfkill0/hard"), "1\n");
+    writeFile(rfkill + QStringLiteral("/rfkill2/type"), "wlan\n");
+    writeFile(rfkill + QStringLiteral("/rfkill2/name"), "phy1\n");
+    writeFile(rfkill + QStringLiteral("/rfkill2/hard"), "0\n");
+    EXPECT_TRUE(sysfs.rfkill(QStringLiteral("wlan1")).hardBlocked);
+
+    QTemporaryDir wired;
+    writeFile(wired.filePath(QStringLiteral("class/net/eth0/flags")), "0x1003\n");
+    EXPECT_FALSE(SysfsReader(wired.path()).hasWirelessInterface());
+}
