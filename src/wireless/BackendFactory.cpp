@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "wireless/BackendFactory.h"
 
+#include "wireless/linux/LinuxBackend.h"
 #include "wireless/replay/ReplayBackend.h"
 #include "wireless/simulated/SimulatedBackend.h"
 
@@ -23,14 +24,23 @@ std::shared_ptr<WirelessBackend> BackendFactory::create(const Request &request, 
 {
     switch (request.kind) {
     case Kind::Simulated:
-    case Kind::Auto:
-        if (notice && request.kind == Kind::Auto)
-            *notice = QStringLiteral("No wireless interface found: using the simulated radio.");
         return simulated(request, errorText);
+    case Kind::Auto: {
+        if (LinuxBackend::machineHasWirelessInterface()) {
+            QString linuxError;
+            if (auto backend = LinuxBackend::create(&linuxError))
+                return backend;
+            if (notice)
+                *notice = QStringLiteral("The Wi-Fi adapter cannot be read (%1): using the "
+                                         "simulated radio.")
+                              .arg(linuxError);
+        } else if (notice) {
+            *notice = QStringLiteral("No wireless interface found: using the simulated radio.");
+        }
+        return simulated(request, errorText);
+    }
     case Kind::Linux:
-        if (errorText)
-            *errorText = QStringLiteral("The Linux radio is not available in this build.");
-        return nullptr;
+        return LinuxBackend::create(errorText);
     case Kind::Replay:
         return ReplayBackend::open(request.capture, request.speed, errorText);
     }
