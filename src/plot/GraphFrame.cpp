@@ -26,9 +26,13 @@ GraphFrame::GraphFrame(QChart *graph) : QObject(graph), m_graph(graph)
     m_background = new QGraphicsRectItem(graph);
     m_background->setZValue(kBackgroundZ);
     m_background->setVisible(false);
+    // Full-size gradients are the dearest part of an empty chart; they only change with
+    // the size, so keep them as pixmaps.
+    m_background->setCacheMode(QGraphicsItem::DeviceCoordinateCache);
     m_plotAreaBackground = new QGraphicsRectItem(graph);
     m_plotAreaBackground->setZValue(kPlotAreaZ);
     m_plotAreaBackground->setVisible(false);
+    m_plotAreaBackground->setCacheMode(QGraphicsItem::DeviceCoordinateCache);
     m_titleItem = new QGraphicsSimpleTextItem(graph);
     m_titleItem->setZValue(kTitleZ);
     m_titleItem->setVisible(false);

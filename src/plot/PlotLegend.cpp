@@ -37,6 +37,12 @@ void PlotLegend::setAnchor(Anchor anchor, QPointF displacement)
     relayout();
 }
 
+void PlotLegend::setMinimumTop(double top)
+{
+    m_minimumTop = top;
+    relayout();
+}
+
 void PlotLegend::setTextColor(const QColor &color)
 {
     m_textColor = color;
@@ -102,7 +108,8 @@ void PlotLegend::relayout()
     }
 
     const double rowHeight = QFontMetricsF(m_font).height() + m_rowMargin;
-    const double top = m_anchor == Anchor::Top ? graph.top() - m_displacement.y() : 0.0;
+    const double top =
+        m_anchor == Anchor::Top ? std::max(graph.top() - m_displacement.y(), m_minimumTop) : 0.0;
     const double available = m_anchor == Anchor::Top ? graph.bottom() - top - kEdgeMargin
                                                      : graph.height() - 2.0 * kEdgeMargin;
     const int maxRows = std::max(1, int((available - 2.0 * kPadding) / rowHeight));

@@ -43,6 +43,9 @@ public:
     void setRowMargin(double margin);
     // The displacement is y-up: (20, -90) moves the legend 20 right and 90 down.
     void setAnchor(Anchor anchor, QPointF displacement);
+    // The legend's top never goes above this y (graph coordinates), e.g. to stay clear of a
+    // title that grows with the chart.
+    void setMinimumTop(double top);
     void setTextColor(const QColor &color);
     void setBorderPen(const QPen &pen);
     void setFill(const QBrush &fill);
@@ -75,6 +78,7 @@ private:
     double m_rowMargin = 0.0;
     Anchor m_anchor = Anchor::Right;
     QPointF m_displacement;
+    double m_minimumTop = 0.0;
     QColor m_textColor = Qt::white;
     QPen m_borderPen;
     QBrush m_fill;
