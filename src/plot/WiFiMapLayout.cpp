@@ -87,7 +87,8 @@ QPointF WiFiMapLayout::ringPoint(const QRectF &bounds, double radius, qsizetype 
 {
     const QPointF centre(bounds.x() + bounds.width() * 0.5, bounds.y() + bounds.height() * 0.5);
     const double angle = double(k) * angleStep(count) + startAngle(count);
-    const QPointF p = GARotate(centre, angle, QPointF(centre.x() + radius, centre.y()));
+    const QPointF p =
+        GeometryUtil::GARotate(centre, angle, QPointF(centre.x() + radius, centre.y()));
     const double squeeze = bounds.width() != 0.0 ? bounds.height() / bounds.width() : 0.0;
     return QPointF(p.x(), centre.y() + (p.y() - centre.y()) * squeeze);
 }
