@@ -74,7 +74,9 @@ public:
     void setTitleDefaultsForGraph(QChart *graph, const QRectF &bounds);
     void setPaddingDefaultsForGraph(QChart *graph, const QRectF &bounds);
 
-    // The plot rendered off screen at 400 x 300, made once and kept until killGraph().
+    // The plot rendered off screen at 400 x 300, made once and kept until killGraph(). Making
+    // it renders the plot anew into an off-screen view, which takes the graph out of the view
+    // it was shown in; callers that want both render into their view again afterwards.
     QImage image();
     QImage cachedImage() const { return m_cachedImage; }
 

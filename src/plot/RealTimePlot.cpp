@@ -42,6 +42,9 @@ std::optional<double> sampleForRecord(const QList<std::optional<double>> &data, 
     return *sample;
 }
 
+// The class announces itself when the program loads, as every plot class does.
+[[maybe_unused]] const bool kRegistered = (RealTimePlot::load(), true);
+
 } // namespace
 
 struct RealTimePlot::Graph

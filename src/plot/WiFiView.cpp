@@ -6,6 +6,13 @@
 #include <QPainter>
 #include <QSvgRenderer>
 
+namespace {
+
+// Far more names than any air holds; past it the cache starts over.
+constexpr qsizetype kTextCacheLimit = 8192;
+
+} // namespace
+
 WiFiView::TextAttributes::TextAttributes(const QFont &font, const QColor &color)
     : font(font), color(color)
 {
@@ -124,7 +131,19 @@ void WiFiView::drawTextUpright(QPainter &painter, QPointF lowerLeft, const QStri
         painter.setFont(attributes.font);
     if (painter.pen().color() != attributes.color || painter.pen().widthF() != 1.0)
         painter.setPen(QPen(attributes.color, 1.0));
-    // The box's top-left is the local origin; the baseline lies one ascent below it.
-    painter.drawText(QPointF(0.0, attributes.ascent), text);
+    if (attributes.font != m_textCacheFont || m_textCache.size() > kTextCacheLimit) {
+        m_textCache.clear();
+        m_textCacheFont = attributes.font;
+    }
+    auto cached = m_textCache.find(text);
+    if (cached == m_textCache.end()) {
+        QStaticText laidOut(text);
+        laidOut.setTextFormat(Qt::PlainText);
+        laidOut.setPerformanceHint(QStaticText::AggressiveCaching);
+        laidOut.prepare(QTransform(), attributes.font);
+        cached = m_textCache.insert(text, laidOut);
+    }
+    // The box's top-left is the local origin.
+    painter.drawStaticText(QPointF(0.0, 0.0), *cached);
     painter.setTransform(yUp);
 }

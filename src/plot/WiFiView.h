@@ -5,7 +5,9 @@
 
 #include <QColor>
 #include <QFont>
+#include <QHash>
 #include <QImage>
+#include <QStaticText>
 #include <QString>
 #include <QWidget>
 
@@ -70,8 +72,8 @@ protected:
     void flipToYUp(QPainter &painter) const;
     // In a y-up painter: draws upright with the lower-left corner at `lowerLeft`.
     static void drawImageUpright(QPainter &painter, QPointF lowerLeft, const QImage &image);
-    static void drawTextUpright(QPainter &painter, QPointF lowerLeft, const QString &text,
-                                const TextAttributes &attributes);
+    void drawTextUpright(QPainter &painter, QPointF lowerLeft, const QString &text,
+                         const TextAttributes &attributes);
 
     QImage m_selfImage;
     std::array<QImage, 5> m_wifiImages;
@@ -86,6 +88,10 @@ protected:
     bool m_imagesLoaded = false;
 
 private:
+    // Laid-out labels, kept from one drawing to the next: shaping the same names again on
+    // every redraw is most of the cost of text. One font is used for all labels.
+    QHash<QString, QStaticText> m_textCache;
+    QFont m_textCacheFont;
     PlotDelegate *m_delegate = nullptr;
     QString m_identifier;
 };
