@@ -1,0 +1,149 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "plot/WiFiView.h"
+
+#include <QApplication>
+#include <QFontMetricsF>
+#include <QPainter>
+#include <QSvgRenderer>
+
+namespace {
+
+// Far more names than any air holds; past it the cache starts over.
+constexpr qsizetype kTextCacheLimit = 8192;
+
+} // namespace
+
+WiFiView::TextAttributes::TextAttributes(const QFont &font, const QColor &color)
+    : font(font), color(color)
+{
+    const QFontMetricsF metrics(font);
+    ascent = metrics.ascent();
+    height = metrics.height();
+}
+
+WiFiView::WiFiView(QWidget *parent) : QWidget(parent)
+{
+    // The view paints every pixel itself.
+    setAttribute(Qt::WA_OpaquePaintEvent);
+}
+
+void WiFiView::setIdentifier(const QString &identifier)
+{
+    if (identifier == m_identifier)
+        return;
+    m_identifier = identifier;
+    update();
+}
+
+const QImage &WiFiView::wifiImage(int ring) const
+{
+    static const QImage kNone;
+    return ring >= 1 && ring <= 5 ? m_wifiImages.at(size_t(ring - 1)) : kNone;
+}
+
+QImage WiFiView::loadIcon(const QString &name)
+{
+    QSvgRenderer renderer(QStringLiteral(":/icons/%1.svg").arg(name));
+    if (!renderer.isValid())
+        return QImage();
+    const QSize size = renderer.defaultSize();
+    if (size.isEmpty())
+        return QImage();
+    QImage image(size, QImage::Format_ARGB32_Premultiplied);
+    image.fill(Qt::transparent);
+    QPainter painter(&image);
+    renderer.render(&painter);
+    return image;
+}
+
+QFont WiFiView::systemFont(double pixelSize)
+{
+    QFont font = QApplication::font();
+    font.setPixelSize(int(pixelSize));
+    return font;
+}
+
+QString WiFiView::displayText(const std::optional<QString> &text)
+{
+    if (!text)
+        return QString();
+    QString shown = *text;
+    for (QChar &ch : shown) {
+        const QChar::Category category = ch.category();
+        if (category == QChar::Other_Control || category == QChar::Separator_Line ||
+            category == QChar::Separator_Paragraph)
+            ch = QChar::ReplacementCharacter;
+    }
+    return shown;
+}
+
+void WiFiView::initImagesIfNeeded()
+{
+    if (m_imagesLoaded)
+        return;
+    m_imagesLoaded = true;
+    m_selfImage = loadIcon(QStringLiteral("laptop"));
+    const QStringList names = {QStringLiteral("wi-fi"), QStringLiteral("wi-fi-2"),
+                               QStringLiteral("wi-fi-3"), QStringLiteral("wi-fi-4"),
+                               QStringLiteral("wi-fi-5")};
+    for (size_t i = 0; i < m_wifiImages.size(); ++i)
+        m_wifiImages[i] = loadIcon(names.at(qsizetype(i)));
+    m_bgGradientStart = QColor::fromRgbF(0.1f, 0.2f, 0.1f, 1.0f);
+    m_bgGradientEnd = QColor::fromRgbF(0.1f, 0.1f, 0.1f, 1.0f);
+    m_circleColor = QColor::fromRgbF(0.5f, 0.7f, 0.5f, 0.9f);
+    m_textAttr = TextAttributes(systemFont(11), QColor::fromRgbF(0.8f, 0.8f, 0.8f, 0.9f));
+    m_curTextAttr = TextAttributes(systemFont(11), QColor::fromRgbF(0.3f, 0.6f, 0.9f, 1.0f));
+}
+
+void WiFiView::paintEvent(QPaintEvent *)
+{
+    QPainter painter(this);
+    drawRect(painter);
+}
+
+void WiFiView::flipToYUp(QPainter &painter) const
+{
+    painter.translate(0.0, height());
+    painter.scale(1.0, -1.0);
+}
+
+void WiFiView::drawImageUpright(QPainter &painter, QPointF lowerLeft, const QImage &image)
+{
+    if (image.isNull())
+        return;
+    // Swapping the transform is much cheaper than saving the whole painter state.
+    const QTransform yUp = painter.transform();
+    painter.setTransform(QTransform(1, 0, 0, -1, lowerLeft.x(), lowerLeft.y() + image.height()) *
+                         yUp);
+    painter.drawImage(QPointF(0.0, 0.0), image);
+    painter.setTransform(yUp);
+}
+
+void WiFiView::drawTextUpright(QPainter &painter, QPointF lowerLeft, const QString &text,
+                               const TextAttributes &attributes)
+{
+    if (text.isEmpty())
+        return;
+    const QTransform yUp = painter.transform();
+    painter.setTransform(QTransform(1, 0, 0, -1, lowerLeft.x(), lowerLeft.y() + attributes.height) *
+                         yUp);
+    if (painter.font() != attributes.font)
+        painter.setFont(attributes.font);
+    if (painter.pen().color() != attributes.color || painter.pen().widthF() != 1.0)
+        painter.setPen(QPen(attributes.color, 1.0));
+    if (attributes.font != m_textCacheFont || m_textCache.size() > kTextCacheLimit) {
+        m_textCache.clear();
+        m_textCacheFont = attributes.font;
+    }
+    auto cached = m_textCache.find(text);
+    if (cached == m_textCache.end()) {
+        QStaticText laidOut(text);
+        laidOut.setTextFormat(Qt::PlainText);
+        laidOut.setPerformanceHint(QStaticText::AggressiveCaching);
+        laidOut.prepare(QTransform(), attributes.font);
+        cached = m_textCache.insert(text, laidOut);
+    }
+    // The box's top-left is the local origin.
+    painter.drawStaticText(QPointF(0.0, 0.0), *cached);
+    painter.setTransform(yUp);
+}

@@ -1,0 +1,77 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "plot/support/FakeNetworks.h"
+
+#include "util/RandomSource.h"
+
+#include <QStringList>
+
+#include <algorithm>
+
+NetworkList FakeNetworks::make(int count, int samples, quint32 seed, const QDateTime &updated)
+{
+    static const QStringList kNames = {
+        QStringLiteral("HomeNet"),
+        QStringLiteral("Vodafone-8A2C"),
+        QStringLiteral("FRITZ!Box 7590 QR"),
+        QStringLiteral("eduroam"),
+        QStringLiteral("HP-Print-3F-LaserJet Pro"),
+        QStringLiteral("Telekom_FON"),
+        QStringLiteral("Cafe Guest"),
+        QStringLiteral("<b>free</b>\twifi\n"),
+        QStringLiteral("DIRECT-roku-511"),
+        QStringLiteral("o2-WLAN42"),
+        QStringLiteral("Büro 2.OG"),
+        QStringLiteral("TP-Link_5E12"),
+    };
+    SeededRandomSource random(seed);
+    NetworkList list;
+    list.reserve(count);
+    for (int i = 0; i < count; ++i) {
+        auto network = std::make_shared<NetworkObject>();
+        network->setBssid(QStringLiteral("02:00:%1:%2:%3:%4")
+                              .arg(i >> 24 & 0xff, 2, 16, QLatin1Char('0'))
+                              .arg(i >> 16 & 0xff, 2, 16, QLatin1Char('0'))
+                              .arg(i >> 8 & 0xff, 2, 16, QLatin1Char('0'))
+                              .arg(i & 0xff, 2, 16, QLatin1Char('0')));
+        if (i % 17 == 16)
+            network->setName(std::nullopt); // a hidden network
+        else if (i < kNames.size())
+            network->setName(kNames.at(i));
+        else
+            network->setName(QStringLiteral("%1-%2").arg(kNames.at(i % kNames.size())).arg(i));
+
+        // A level between 0.05 and 0.75, wandering a little from sample to sample.
+        double level = 0.05 + random.uniformReal() * 0.7;
+        QList<LevelSample> levelHistory;
+        QList<LevelSample> noises;
+        QList<SNRSample> snrs;
+        for (int k = 0; k < samples; ++k) {
+            level = std::clamp(level + (random.uniformReal() - 0.5) * 0.04, 0.02, 0.95);
+            const double noise = 0.12 + random.uniformReal() * 0.03;
+            levelHistory.append(float(level));
+            noises.append(float(noise));
+            snrs.append((level - noise / 5.0) * 100.0);
+        }
+        network->setSignals(levelHistory);
+        network->setNoises(noises);
+        network->setSNRs(snrs);
+
+        if (i % 5 == 4) {
+            static const int k5GHz[] = {36, 40, 44, 48, 52, 100, 112, 136, 149, 157, 165};
+            network->setChannel(k5GHz[random.uniform(0, 10)]);
+            network->setChannelBand(2);
+        } else {
+            network->setChannel(random.uniform(1, 13));
+            network->setChannelBand(1);
+        }
+        // The controller's colour rule: hue h/49, saturation and brightness 0.6 to 1.0.
+        const int h = random.uniform(0, 49);
+        const int s = random.uniform(0, 9);
+        const int b = random.uniform(0, 9);
+        network->setColor(QColor::fromHsvF(float(h / 49.0), float(0.6 + 0.4 * s / 9.0),
+                                           float(0.6 + 0.4 * b / 9.0), 1.0f));
+        network->setLastUpdated(updated);
+        list.append(network);
+    }
+    return list;
+}

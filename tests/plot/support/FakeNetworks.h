@@ -1,0 +1,16 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "model/NetworkList.h"
+
+#include <QDateTime>
+
+// Plausible observations for pictures and benchmarks: `count` networks with histories of
+// `samples` entries (a slow random walk around each network's level), spread over the 2.4
+// GHz channels with a few 5 GHz ones, named like real networks (some long, one hidden, one
+// hostile), coloured as the controller colours them. The same seed gives the same list.
+class FakeNetworks
+{
+public:
+    static NetworkList make(int count, int samples, quint32 seed, const QDateTime &updated);
+};
