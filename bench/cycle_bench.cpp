@@ -82,8 +82,9 @@ QApplication &application()
     static char name[] = "bench_cycle";
     static char *argv[] = {name, nullptr};
     qputenv("QT_QPA_PLATFORM", "offscreen");
-    static QApplication app(argc, argv);
-    return app;
+    // Never destroyed: Qt's own statics may be gone by the time exit handlers would run.
+    static QApplication *app = new QApplication(argc, argv);
+    return *app;
 }
 
 void BM_UpdateCycle(benchmark::State &state)

@@ -50,6 +50,8 @@ struct PanelFixture {
     void moveOnTable(const QPointF &global)
     {
         QCursor::setPos(global.toPoint());
+        // Moving the cursor queues the platform's own move event; let it pass first.
+        QCoreApplication::processEvents();
         QWidget *viewport = table->viewport();
         const QPointF local = viewport->mapFromGlobal(global);
         QMouseEvent move(QEvent::MouseMove, local, global, Qt::NoButton, Qt::NoButton, Qt::NoModifier);
