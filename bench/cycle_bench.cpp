@@ -44,9 +44,15 @@ public:
     qint64 noiseMeasurement(const QString &) const override { return -92; }
     double transmitRate(const QString &) const override { return 300; }
     qint64 transmitPower(const QString &) const override { return 20; }
-    std::optional<QString> countryCode(const QString &) const override { return QStringLiteral("DE"); }
+    std::optional<QString> countryCode(const QString &) const override
+    {
+        return QStringLiteral("DE");
+    }
     QList<qint64> supportedChannels(const QString &) const override { return {1, 6, 11, 36, 40}; }
-    std::optional<CWChannel> wlanChannel(const QString &) const override { return CWChannel(1, 1, 1); }
+    std::optional<CWChannel> wlanChannel(const QString &) const override
+    {
+        return CWChannel(1, 1, 1);
+    }
     std::optional<int> interfaceState(const QString &) const override { return 4; }
     std::optional<int> opMode(const QString &) const override { return 0; }
     bool serviceActive(const QString &) const override { return false; }
@@ -65,7 +71,8 @@ public:
     bool setPower(const QString &, bool, CWError *) override { return true; }
     bool setChannel(const QString &, quint64, CWError *) override { return true; }
     void disassociate(const QString &) override {}
-    bool associateToNetwork(const QString &, const CWNetworkRef &, const QVariantMap &, CWError *) override
+    bool associateToNetwork(const QString &, const CWNetworkRef &, const QVariantMap &,
+                            CWError *) override
     {
         return true;
     }

@@ -2,6 +2,7 @@
 // Launch and the update cycle.
 #include "app/AppDelegate.h"
 
+#include "app/DetailPanelController.h"
 #include "app/DialogFileChooser.h"
 #include "app/LevelBarDelegate.h"
 #include "app/MessageBoxAlertPresenter.h"
@@ -10,7 +11,6 @@
 #include "plot/PlotTheme.h"
 #include "plot/RealTimePlot.h"
 #include "prefs/PreferenceStore.h"
-#include "app/DetailPanelController.h"
 #include "ui_DetailPanel.h"
 #include "ui_IBSSDialog.h"
 #include "ui_JoinDialog.h"
@@ -190,7 +190,8 @@ bool AppDelegate::performUpdateCycle()
 
 void AppDelegate::interfaceSelected()
 {
-    m_currentInterface = CWInterface::interfaceWithName(ui->supportedInterfacesPopup->currentText());
+    m_currentInterface =
+        CWInterface::interfaceWithName(ui->supportedInterfacesPopup->currentText());
     updateInterfaceInfoTab();
 }
 
@@ -234,6 +235,7 @@ void wifi_network_changed(void *context, const QStringList &changedKeys)
         CWInterfaceRef ifc = CWInterface::interfaceWithName(name);
         const CWInterface &i = ifc ? *ifc : CWInterface::null();
         qInfo("%s status changed: current ssid is %s, security is %lld", qUtf8Printable(name),
-              i.ssid() ? qUtf8Printable(*i.ssid()) : "(null)", static_cast<long long>(i.security()));
+              i.ssid() ? qUtf8Printable(*i.ssid()) : "(null)",
+              static_cast<long long>(i.security()));
     }
 }

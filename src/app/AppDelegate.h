@@ -9,11 +9,11 @@
 #include <QDialog>
 #include <QList>
 #include <QMainWindow>
-#include <QTimer>
 #include <QObject>
 #include <QPointF>
 #include <QPointer>
 #include <QString>
+#include <QTimer>
 #include <QVariant>
 
 #include <functional>
@@ -48,13 +48,14 @@ class AppDelegate final : public QObject, public PlotDelegate
 {
     Q_OBJECT
 public:
-    struct Options {
-        AlertPresenter *alerts = nullptr;    // default: message boxes on the window
-        FileChooser *fileChooser = nullptr;  // default: QFileDialog
+    struct Options
+    {
+        AlertPresenter *alerts = nullptr;       // default: message boxes on the window
+        FileChooser *fileChooser = nullptr;     // default: QFileDialog
         PreferenceStore *preferences = nullptr; // default: the user's settings
-        bool headless = false;               // no window shown, no start-up probe browse
+        bool headless = false;                  // no window shown, no start-up probe browse
         bool runStartupProbe = true;
-        bool startTimer = true;              // the repeating 1 s tick
+        bool startTimer = true; // the repeating 1 s tick
     };
 
     // Loads the main window form and sets it up (what awakeFromNib does).

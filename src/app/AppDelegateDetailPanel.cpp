@@ -36,19 +36,21 @@ void invalidate(QPointer<QTimer> &timer)
 void AppDelegate::setupDetailPanel()
 {
     // A floating panel that never takes the focus from the main window.
-    m_detailPanel = new QWidget(m_window, Qt::Tool | Qt::FramelessWindowHint |
-                                              Qt::WindowDoesNotAcceptFocus);
+    m_detailPanel =
+        new QWidget(m_window, Qt::Tool | Qt::FramelessWindowHint | Qt::WindowDoesNotAcceptFocus);
     m_detailPanel->setAttribute(Qt::WA_ShowWithoutActivating);
     detailUi = std::make_unique<Ui::DetailPanel>();
     detailUi->setupUi(m_detailPanel);
-    m_detailPanel->setWindowFlags(Qt::Tool | Qt::FramelessWindowHint | Qt::WindowDoesNotAcceptFocus);
+    m_detailPanel->setWindowFlags(Qt::Tool | Qt::FramelessWindowHint |
+                                  Qt::WindowDoesNotAcceptFocus);
     // Frameless, so it draws its own edge to stand apart from the window below it.
     m_detailPanel->setAttribute(Qt::WA_StyledBackground);
     m_detailPanel->setStyleSheet(QStringLiteral(
         "#detailPanel { background: palette(window); border: 1px solid palette(shadow); }"));
     m_detailPanel->adjustSize();
     detailUi->detailPlotView->setIdentifier(QStringLiteral("detail"));
-    connect(m_detailPanel, &QWidget::windowTitleChanged, detailUi->detailTitleLabel, &QLabel::setText);
+    connect(m_detailPanel, &QWidget::windowTitleChanged, detailUi->detailTitleLabel,
+            &QLabel::setText);
 
     auto c = std::make_unique<DetailPanelController>();
     c->parentWindow = m_window;
@@ -155,7 +157,8 @@ void AppDelegate::mouseMoved(QWidget *eventWindow, const QPointF &globalPos)
             detailPanelOrderOut();
             return;
         }
-        const bool alreadyShown = !m_detailNetworkBssid.isEmpty() && m_detailNetworkBssid == n->bssid();
+        const bool alreadyShown =
+            !m_detailNetworkBssid.isEmpty() && m_detailNetworkBssid == n->bssid();
         if (!alreadyShown) {
             detailPanelOrderOut();
             m_detailNetworkBssid = n->bssid();
@@ -167,7 +170,8 @@ void AppDelegate::mouseMoved(QWidget *eventWindow, const QPointF &globalPos)
     case 5: {
         QWidget *viewport = ui->scanResultsTable->viewport();
         const QPoint local = viewport->mapFromGlobal(globalPos.toPoint());
-        const qint64 r = viewport->rect().contains(local) ? ui->scanResultsTable->rowAt(local.y()) : -1;
+        const qint64 r =
+            viewport->rect().contains(local) ? ui->scanResultsTable->rowAt(local.y()) : -1;
         if (isValid(m_showDetailTimer))
             invalidate(m_showDetailTimer);
         // The bound is the full list; -1 ("no row") lands here too.

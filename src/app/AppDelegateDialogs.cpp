@@ -82,8 +82,8 @@ void AppDelegate::setupDialogs()
 
 void AppDelegate::resetDialog()
 {
-    for (QLineEdit *field : {joinUi->joinNetworkNameField, joinUi->joinUsernameField,
-                             joinUi->joinPassphraseField}) {
+    for (QLineEdit *field :
+         {joinUi->joinNetworkNameField, joinUi->joinUsernameField, joinUi->joinPassphraseField}) {
         field->clear();
         field->setEnabled(true);
     }
@@ -114,17 +114,19 @@ void AppDelegate::joinButtonPressed()
     const NetworkObjectRef n = m_networks.at(r);
     // 4-5.
     m_selectedNetwork = n->cwNetwork();
-    joinUi->joinNetworkNameField->setText(m_selectedNetwork ? m_selectedNetwork->ssid().value_or(QString())
-                                                            : QString());
+    joinUi->joinNetworkNameField->setText(
+        m_selectedNetwork ? m_selectedNetwork->ssid().value_or(QString()) : QString());
     joinUi->joinNetworkNameField->setEnabled(false);
     // 6. A security text without a matching item (open, mixed modes) selects nothing.
     QComboBox *security = joinUi->joinSecurityPopupButton;
-    security->setCurrentIndex(n->security() ? security->findText(*n->security(), Qt::MatchExactly) : -1);
+    security->setCurrentIndex(n->security() ? security->findText(*n->security(), Qt::MatchExactly)
+                                            : -1);
     security->setEnabled(false);
     // 7.
     changeSecurityMode(nullptr);
     // 8-9. What the system has stored for this network.
-    const CWWirelessProfileRef w = m_selectedNetwork ? m_selectedNetwork->wirelessProfile() : nullptr;
+    const CWWirelessProfileRef w =
+        m_selectedNetwork ? m_selectedNetwork->wirelessProfile() : nullptr;
     const CW8021XProfileRef p = w ? w->user8021XProfile() : nullptr;
     const int m = m_selectedNetwork ? m_selectedNetwork->securityMode().value_or(0) : 0;
     if ((m == kCWSecurityModeWPA_Enterprise || m == kCWSecurityModeWPA2_Enterprise) && p) {

@@ -21,7 +21,8 @@ void AppDelegate::exportToHTML()
 void AppDelegate::writeExport(bool html)
 {
     const QString startDirectory = QDir::home().absoluteFilePath(QStringLiteral("Documents"));
-    const QString name = html ? QStringLiteral("wifi-details.html") : QStringLiteral("wifi-details.csv");
+    const QString name =
+        html ? QStringLiteral("wifi-details.html") : QStringLiteral("wifi-details.csv");
     const QString path = m_fileChooser->chooseSaveFile(m_window, startDirectory, name);
     if (path.isEmpty())
         return;
@@ -30,9 +31,9 @@ void AppDelegate::writeExport(bool html)
     QString errorText;
     if (!ExportDocument::writeDocument(path, text, &errorText)) {
         // The HTML export reports "csv" too; the message has always read that way.
-        m_alerts->runTitledAlert(
-            QStringLiteral("Error"),
-            QStringLiteral("Export to csv '%1' failed: %2.\rPlease try again.").arg(path, errorText),
-            QStringLiteral("Ok"));
+        m_alerts->runTitledAlert(QStringLiteral("Error"),
+                                 QStringLiteral("Export to csv '%1' failed: %2.\rPlease try again.")
+                                     .arg(path, errorText),
+                                 QStringLiteral("Ok"));
     }
 }

@@ -62,14 +62,15 @@ void AppDelegate::updateInterfaceInfoTab()
             m_interfaceSignalPlot->setData(r->SNRs(), QStringLiteral("r"));
         }
     } else {
-        ui->rssiField->setText(NetworkObject::stringOfSignal(
-            NetworkObject::signalDBIAsPercentage(ifc.rssiValue())));
+        ui->rssiField->setText(
+            NetworkObject::stringOfSignal(NetworkObject::signalDBIAsPercentage(ifc.rssiValue())));
         ui->noiseField->setText(NetworkObject::stringOfNoise(
             NetworkObject::signalDBIAsPercentage(ifc.noiseMeasurement())));
     }
 
     // 3.5-3.6
-    ui->txPowerField->setText(QString::asprintf("%lld mW", static_cast<long long>(ifc.transmitPower())));
+    ui->txPowerField->setText(
+        QString::asprintf("%lld mW", static_cast<long long>(ifc.transmitPower())));
     ui->countryCodeField->setText(ifc.countryCode().value_or(QString()));
 
     // 3.7 The separator is left out after the channel the platform listed last, wherever it
@@ -82,8 +83,9 @@ void AppDelegate::updateInterfaceInfoTab()
     QString text;
     for (qint64 channel : std::as_const(sorted)) {
         const QString number = QString::number(channel);
-        text += (!channels.isEmpty() && channel == channels.constLast()) ? number
-                                                                          : number + QStringLiteral(", ");
+        text += (!channels.isEmpty() && channel == channels.constLast())
+                    ? number
+                    : number + QStringLiteral(", ");
         ui->channelPopup->addItem(number);
     }
     ui->supportedChannelsField->setText(text);
@@ -91,8 +93,8 @@ void AppDelegate::updateInterfaceInfoTab()
     // 3.8 No current channel leaves nothing selected.
     const std::optional<CWChannel> current = ifc.wlanChannel();
     ui->channelPopup->setCurrentIndex(
-        current ? ui->channelPopup->findText(QString::asprintf(
-                      "%lld", static_cast<long long>(current->channelNumber())))
+        current ? ui->channelPopup->findText(
+                      QString::asprintf("%lld", static_cast<long long>(current->channelNumber())))
                 : -1);
     ui->channelPopup->blockSignals(false);
 
@@ -144,6 +146,7 @@ float AppDelegate::signalDBIAsPercentage(qint32 dbm)
 
 double AppDelegate::levelWithRSSI(double rssi, double noise)
 {
-    const float level = signalDBIAsPercentage(qint32(rssi)) + signalDBIAsPercentage(qint32(noise)) / -10.0f;
+    const float level =
+        signalDBIAsPercentage(qint32(rssi)) + signalDBIAsPercentage(qint32(noise)) / -10.0f;
     return double(level);
 }

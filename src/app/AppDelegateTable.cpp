@@ -31,8 +31,8 @@ void AppDelegate::setupTable()
     table->verticalHeader()->setVisible(false);
     table->verticalHeader()->setDefaultSectionSize(22);
     table->setIconSize(QSize(19, 17));
-    const int widths[NetworkTableModel::ColumnCount] = {28,  160, 130, 120, 62,  62, 100, 140,
-                                                        58,  50,  50,  52,  80,  48, 90};
+    const int widths[NetworkTableModel::ColumnCount] = {28, 160, 130, 120, 62, 62, 100, 140,
+                                                        58, 50,  50,  52,  80, 48, 90};
     for (int c = 0; c < NetworkTableModel::ColumnCount; ++c)
         table->setColumnWidth(c, widths[c]);
 }

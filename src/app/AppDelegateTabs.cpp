@@ -54,13 +54,18 @@ void AppDelegate::setupToolbarAndMenus()
         return QIcon::fromTheme(QString::fromLatin1(themeName), fallback);
     };
     ui->powerOn->setIcon(icon("network-wireless", style->standardIcon(QStyle::SP_MediaPlay)));
-    ui->powerOff->setIcon(icon("network-wireless-disconnected", style->standardIcon(QStyle::SP_MediaStop)));
+    ui->powerOff->setIcon(
+        icon("network-wireless-disconnected", style->standardIcon(QStyle::SP_MediaStop)));
     ui->actionRefresh->setIcon(icon("view-refresh", style->standardIcon(QStyle::SP_BrowserReload)));
-    ui->actionJoin->setIcon(icon("network-connect", style->standardIcon(QStyle::SP_DialogApplyButton)));
-    ui->actionCreateIBSS->setIcon(icon("network-workgroup", style->standardIcon(QStyle::SP_FileDialogNewFolder)));
-    ui->actionHelp->setIcon(icon("help-contents", style->standardIcon(QStyle::SP_DialogHelpButton)));
+    ui->actionJoin->setIcon(
+        icon("network-connect", style->standardIcon(QStyle::SP_DialogApplyButton)));
+    ui->actionCreateIBSS->setIcon(
+        icon("network-workgroup", style->standardIcon(QStyle::SP_FileDialogNewFolder)));
+    ui->actionHelp->setIcon(
+        icon("help-contents", style->standardIcon(QStyle::SP_DialogHelpButton)));
 
-    connect(ui->supportedInterfacesPopup, &QComboBox::activated, this, &AppDelegate::interfaceSelected);
+    connect(ui->supportedInterfacesPopup, &QComboBox::activated, this,
+            &AppDelegate::interfaceSelected);
     connect(ui->segmentedControl, &SegmentedControl::segmentClicked, this,
             [this] { changeTabView(ui->segmentedControl); });
     for (QAction *action : ui->viewMenu->actions()) {
@@ -133,8 +138,9 @@ void AppDelegate::viewAction(QAction *item)
 QString AppDelegate::helpPageAddress()
 {
     // Installed next to the program (share/corvane/help), else the source tree's copy.
-    const QString installed = QDir(QCoreApplication::applicationDirPath())
-                                  .absoluteFilePath(QStringLiteral("../share/corvane/help/index.html"));
+    const QString installed =
+        QDir(QCoreApplication::applicationDirPath())
+            .absoluteFilePath(QStringLiteral("../share/corvane/help/index.html"));
     if (QFileInfo::exists(installed))
         return QUrl::fromLocalFile(QFileInfo(installed).canonicalFilePath()).toString();
     return QUrl::fromLocalFile(QStringLiteral(CORVANE_SOURCE_DIR "/resources/help/index.html"))

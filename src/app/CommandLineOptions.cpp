@@ -10,8 +10,9 @@ void addOptions(QCommandLineParser &parser)
 {
     parser.addOptions({
         {QStringLiteral("backend"),
-         QStringLiteral("Where the radio comes from: auto (the Linux radio when the machine has "
-                        "a wireless interface, else the simulated one), linux, simulated or replay."),
+         QStringLiteral(
+             "Where the radio comes from: auto (the Linux radio when the machine has "
+             "a wireless interface, else the simulated one), linux, simulated or replay."),
          QStringLiteral("auto|linux|simulated|replay"), QStringLiteral("auto")},
         {QStringLiteral("scenario"), QStringLiteral("Scenario file for the simulated radio."),
          QStringLiteral("file")},
@@ -53,10 +54,10 @@ bool CommandLineOptions::parse(const QStringList &arguments, QString *errorText)
 {
     QCommandLineParser parser;
     addOptions(parser);
-    const QCommandLineOption helpOption(
-        {QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("Show this help."));
-    const QCommandLineOption versionOption(
-        {QStringLiteral("v"), QStringLiteral("version")}, QStringLiteral("Show the version."));
+    const QCommandLineOption helpOption({QStringLiteral("h"), QStringLiteral("help")},
+                                        QStringLiteral("Show this help."));
+    const QCommandLineOption versionOption({QStringLiteral("v"), QStringLiteral("version")},
+                                           QStringLiteral("Show the version."));
     parser.addOption(helpOption);
     parser.addOption(versionOption);
     auto fail = [errorText](const QString &text) {
@@ -67,7 +68,8 @@ bool CommandLineOptions::parse(const QStringList &arguments, QString *errorText)
     if (!parser.parse(arguments))
         return fail(parser.errorText());
     if (!parser.positionalArguments().isEmpty())
-        return fail(QStringLiteral("Unexpected argument: %1").arg(parser.positionalArguments().constFirst()));
+        return fail(QStringLiteral("Unexpected argument: %1")
+                        .arg(parser.positionalArguments().constFirst()));
     help = parser.isSet(helpOption);
     version = parser.isSet(versionOption);
 
@@ -81,7 +83,8 @@ bool CommandLineOptions::parse(const QStringList &arguments, QString *errorText)
     else if (backendName == QLatin1String("replay"))
         backend = Backend::Replay;
     else
-        return fail(QStringLiteral("Unknown backend \"%1\" (use auto, linux, simulated or replay)").arg(backendName));
+        return fail(QStringLiteral("Unknown backend \"%1\" (use auto, linux, simulated or replay)")
+                        .arg(backendName));
 
     scenario = parser.value(QStringLiteral("scenario"));
     capture = parser.value(QStringLiteral("capture"));
@@ -118,9 +121,11 @@ bool CommandLineOptions::parse(const QStringList &arguments, QString *errorText)
     if (!capture.isEmpty() && backend == Backend::Auto)
         backend = Backend::Replay;
     if (!headless) {
-        for (const char *name : {"cycles", "interval", "export-tsv", "export-html", "log-tsv", "filter"}) {
+        for (const char *name :
+             {"cycles", "interval", "export-tsv", "export-html", "log-tsv", "filter"}) {
             if (parser.isSet(QString::fromLatin1(name)))
-                return fail(QStringLiteral("--%1 works only with --headless").arg(QLatin1String(name)));
+                return fail(
+                    QStringLiteral("--%1 works only with --headless").arg(QLatin1String(name)));
         }
     }
     if (exportTsv == QLatin1String("-") && exportHtml == QLatin1String("-"))
@@ -137,9 +142,9 @@ QString CommandLineOptions::usage()
     parser.addHelpOption();
     parser.addVersionOption();
     QString text = parser.helpText();
-    text += QStringLiteral(
-        "\nExit codes (headless): 0 done, 2 bad arguments, 3 no usable interface, "
-        "4 an output file could not be written.\n");
+    text +=
+        QStringLiteral("\nExit codes (headless): 0 done, 2 bad arguments, 3 no usable interface, "
+                       "4 an output file could not be written.\n");
     return text;
 }
 

@@ -8,14 +8,15 @@
 
 // What the command line asked for. parse() never exits: it reports what was wrong and the
 // caller prints the usage and exits with code 2.
-struct CommandLineOptions {
+struct CommandLineOptions
+{
     enum class Backend { Auto, Linux, Simulated, Replay };
 
     Backend backend = Backend::Auto;
-    QString scenario;               // simulated radio: scenario file (default: built in)
-    std::optional<quint32> seed;    // simulated radio: random seed
-    QString capture;                // replay: capture file
-    double speed = 1.0;             // replay: 1 = real time, 0 = as fast as possible
+    QString scenario;            // simulated radio: scenario file (default: built in)
+    std::optional<quint32> seed; // simulated radio: random seed
+    QString capture;             // replay: capture file
+    double speed = 1.0;          // replay: 1 = real time, 0 = as fast as possible
     bool headless = false;
     qint64 cycles = -1;             // headless: working cycles, -1 = until interrupted
     std::optional<double> interval; // headless: seconds between cycles

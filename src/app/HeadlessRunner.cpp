@@ -86,7 +86,8 @@ int HeadlessRunner::exec()
             return OutputFailed;
         }
         if (m_log.size() == 0) {
-            m_log.write(QStringLiteral("Time\t").toUtf8() + NetworkObject::csvHeadString().toUtf8());
+            m_log.write(QStringLiteral("Time\t").toUtf8() +
+                        NetworkObject::csvHeadString().toUtf8());
             m_log.flush();
         }
     }
@@ -103,7 +104,8 @@ int HeadlessRunner::exec()
         std::fprintf(stderr, "No usable wireless interface.\n");
         return NoInterface;
     }
-    if (auto *search = m_controller->window()->findChild<QLineEdit *>(QStringLiteral("searchField")))
+    if (auto *search =
+            m_controller->window()->findChild<QLineEdit *>(QStringLiteral("searchField")))
         search->setText(m_options.filter);
 
     m_controller->cycleObserver = [this] { afterWorkingCycle(); };
@@ -116,8 +118,8 @@ int HeadlessRunner::exec()
     ++m_cyclesRun;
     printProgress(false);
 
-    const double seconds = m_options.interval ? *m_options.interval
-                                              : double(m_controller->updateInterval());
+    const double seconds =
+        m_options.interval ? *m_options.interval : double(m_controller->updateInterval());
     if (!m_stopping && (m_options.cycles < 0 || m_cyclesRun < m_options.cycles)) {
         QEventLoop loop;
         m_timer = new QTimer(this);
@@ -147,7 +149,8 @@ void HeadlessRunner::stop()
     if (m_timer)
         m_timer->stop();
     // Wake the loop if it is waiting for the next tick.
-    QMetaObject::invokeMethod(this, [] {}, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(
+        this, [] {}, Qt::QueuedConnection);
 }
 
 void HeadlessRunner::runCycle()
@@ -203,7 +206,8 @@ bool HeadlessRunner::writeOutputs()
         }
         QString error;
         if (!ExportDocument::writeDocument(path, text, &error)) {
-            std::fprintf(stderr, "Cannot write %s: %s\n", qUtf8Printable(path), qUtf8Printable(error));
+            std::fprintf(stderr, "Cannot write %s: %s\n", qUtf8Printable(path),
+                         qUtf8Printable(error));
             ok = false;
         }
     };
@@ -218,9 +222,11 @@ void HeadlessRunner::printProgress(bool final)
 {
     if (!m_terminal)
         return;
-    const QString total = m_options.cycles > 0 ? QString::number(m_options.cycles) : QStringLiteral("∞");
-    std::fprintf(stderr, "\rcycle %lld of %s, %lld networks seen%s", static_cast<long long>(m_cyclesRun),
-                 qUtf8Printable(total), static_cast<long long>(m_controller ? m_controller->networks().size() : 0),
+    const QString total =
+        m_options.cycles > 0 ? QString::number(m_options.cycles) : QStringLiteral("∞");
+    std::fprintf(stderr, "\rcycle %lld of %s, %lld networks seen%s",
+                 static_cast<long long>(m_cyclesRun), qUtf8Printable(total),
+                 static_cast<long long>(m_controller ? m_controller->networks().size() : 0),
                  final ? "\n" : "   ");
     std::fflush(stderr);
 }

@@ -23,14 +23,15 @@ class HeadlessRunner final : public QObject
 public:
     enum ExitCode { Done = 0, BadArguments = 2, NoInterface = 3, OutputFailed = 4 };
 
-    struct Options {
+    struct Options
+    {
         qint64 cycles = -1;             // -1: until interrupted
         std::optional<double> interval; // seconds; default: the stored update interval
         QString exportTsv;              // "-" = standard output
         QString exportHtml;
         QString logTsv;
         QString filter;
-        bool progress = true;           // a progress line when standard error is a terminal
+        bool progress = true; // a progress line when standard error is a terminal
     };
 
     explicit HeadlessRunner(const Options &options, PreferenceStore *preferences = nullptr,

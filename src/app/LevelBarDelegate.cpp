@@ -32,8 +32,7 @@ void LevelBarDelegate::paint(QPainter *painter, const QStyleOptionViewItem &opti
     style->drawControl(QStyle::CE_ProgressBar, &bar, painter, view);
 }
 
-QSize LevelBarDelegate::sizeHint(const QStyleOptionViewItem &option,
-                                 const QModelIndex &index) const
+QSize LevelBarDelegate::sizeHint(const QStyleOptionViewItem &option, const QModelIndex &index) const
 {
     QSize size = QStyledItemDelegate::sizeHint(option, index);
     size.setWidth(qMax(size.width(), 80));

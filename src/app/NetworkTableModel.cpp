@@ -7,7 +7,8 @@
 #include <QPixmap>
 
 namespace {
-struct ColumnInfo {
+struct ColumnInfo
+{
     const char *identifier;
     const char *title;
 };
@@ -70,8 +71,8 @@ QVariant NetworkTableModel::data(const QModelIndex &index, int role) const
     if (column == IconColumn) {
         if (role != Qt::DecorationRole)
             return {};
-        const QVariant v = m_controller->objectValueForTableColumn(identifierForColumn(column),
-                                                                   index.row());
+        const QVariant v =
+            m_controller->objectValueForTableColumn(identifierForColumn(column), index.row());
         return v.isValid() ? QVariant(QPixmap::fromImage(v.value<QImage>())) : QVariant();
     }
     if (role == Qt::TextAlignmentRole) {

@@ -28,7 +28,8 @@ void StreamAlertPresenter::emitLine(const QString &line)
     if (m_print) {
         // Keep one alert on one line, whatever the platform put into its description.
         QString flat = line;
-        flat.replace(QLatin1Char('\n'), QLatin1Char(' ')).replace(QLatin1Char('\r'), QLatin1Char(' '));
+        flat.replace(QLatin1Char('\n'), QLatin1Char(' '))
+            .replace(QLatin1Char('\r'), QLatin1Char(' '));
         std::fprintf(stderr, "%s\n", flat.toLocal8Bit().constData());
         std::fflush(stderr);
     }

@@ -2,8 +2,8 @@
 #include "app/AppDelegate.h"
 #include "app/CommandLineOptions.h"
 #include "app/HeadlessRunner.h"
-#include "wireless/BackendFactory.h"
 #include "prefs/PreferenceStore.h"
+#include "wireless/BackendFactory.h"
 #include "wireless/WirelessBackend.h"
 #include "wireless/replay/ReplayBackend.h"
 
@@ -97,7 +97,8 @@ int main(int argc, char *argv[])
         HeadlessRunner runner(run);
         if (replay && options.cycles < 0) {
             // Without a cycle count a replay ends with its capture.
-            QObject::connect(replay, &ReplayBackend::replayFinished, &runner, &HeadlessRunner::stop);
+            QObject::connect(replay, &ReplayBackend::replayFinished, &runner,
+                             &HeadlessRunner::stop);
         }
         const int code = runner.exec();
         WirelessBackend::setCurrent(nullptr);
@@ -119,7 +120,8 @@ int main(int argc, char *argv[])
         });
     }
     window->show();
-    QApplication::setQuitOnLastWindowClosed(AppDelegate::applicationShouldTerminateAfterLastWindowClosed());
+    QApplication::setQuitOnLastWindowClosed(
+        AppDelegate::applicationShouldTerminateAfterLastWindowClosed());
     QTimer::singleShot(0, &controller, &AppDelegate::applicationDidFinishLaunching);
     const int code = app.exec();
     WirelessBackend::setCurrent(nullptr);

@@ -76,7 +76,8 @@ void PreferencesWindowController::syncFromStore()
     const QSignalBlocker b2(ui->numberOfTopNetworksSlider);
     // Positions the read mapping yields outside the slider's range show at its ends.
     ui->updateIntervalSlider->setValue(int(qBound(qint64(1), updateInterval(), qint64(5))));
-    ui->numberOfTopNetworksSlider->setValue(int(qBound(quint64(1), numberOfTopNetworks(), quint64(5))));
+    ui->numberOfTopNetworksSlider->setValue(
+        int(qBound(quint64(1), numberOfTopNetworks(), quint64(5))));
     updateLabels();
 }
 

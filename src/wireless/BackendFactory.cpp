@@ -11,8 +11,8 @@ namespace {
 std::shared_ptr<WirelessBackend> simulated(const BackendFactory::Request &request,
                                            QString *errorText)
 {
-    const quint32 seed = request.seed ? *request.seed
-                                      : quint32(QDateTime::currentMSecsSinceEpoch() & 0xffffffffu);
+    const quint32 seed =
+        request.seed ? *request.seed : quint32(QDateTime::currentMSecsSinceEpoch() & 0xffffffffu);
     if (request.scenario.isEmpty())
         return SimulatedBackend::createDefault(seed);
     return SimulatedBackend::fromFile(request.scenario, seed, errorText);

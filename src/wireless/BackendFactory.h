@@ -14,7 +14,8 @@ class BackendFactory
 public:
     enum class Kind { Auto, Linux, Simulated, Replay };
 
-    struct Request {
+    struct Request
+    {
         Kind kind = Kind::Auto;
         QString scenario;            // simulated: scenario file, empty = built in
         std::optional<quint32> seed; // simulated: default a seed from the clock

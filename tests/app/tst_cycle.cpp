@@ -41,7 +41,8 @@ void TestCycle::tickRuleFollowsTheInterval()
     AppHarness h;
     h.preferences->setUpdateInterval(interval); // positions 1 and 2 store 1 and 2 s
     if (interval == 3)
-        QSettings(QStringLiteral("Corvane"), QStringLiteral("Wi-Fi Monitor")).setValue(QStringLiteral("ui"), 3);
+        QSettings(QStringLiteral("Corvane"), QStringLiteral("Wi-Fi Monitor"))
+            .setValue(QStringLiteral("ui"), 3);
     h.app().applicationDidFinishLaunching();
     QCOMPARE(h.app().tickCount(), quint64(0));
     QList<int> worked;
@@ -74,7 +75,8 @@ void TestCycle::poweredOffRadioStillCountsTicks()
 void TestCycle::launchScansAndRunsOneCycle()
 {
     AppHarness h;
-    h.backend->scans = {{FakeBackend::network(QStringLiteral("00:11:22:33:44:55"), QStringLiteral("Home"))}};
+    h.backend->scans = {
+        {FakeBackend::network(QStringLiteral("00:11:22:33:44:55"), QStringLiteral("Home"))}};
     h.app().applicationDidFinishLaunching();
     // One scan before the plots exist, one in the full cycle; every scan is authorized.
     QCOMPARE(h.backend->scanCount, 2);
@@ -121,29 +123,34 @@ void TestCycle::storedCommentAppearsOnFirstSight()
 {
     AppHarness h;
     h.preferences->setComment(QStringLiteral("00:00:00:00:00:0a"), QStringLiteral("upstairs"));
-    h.backend->scans = {{FakeBackend::network(QStringLiteral("00:00:00:00:00:0a"), QStringLiteral("Net"))}};
+    h.backend->scans = {
+        {FakeBackend::network(QStringLiteral("00:00:00:00:00:0a"), QStringLiteral("Net"))}};
     h.app().updateNetworks();
-    QCOMPARE(h.app().networks().at(0)->comment(), std::optional<QString>(QStringLiteral("upstairs")));
+    QCOMPARE(h.app().networks().at(0)->comment(),
+             std::optional<QString>(QStringLiteral("upstairs")));
 }
 
 void TestCycle::associatedNetworkHeadsTheList()
 {
     AppHarness h;
     h.backend->currentBssid = QStringLiteral("00:00:00:00:00:0c");
-    h.backend->scans = {{FakeBackend::network(QStringLiteral("00:00:00:00:00:0a"), QStringLiteral("Alpha")),
-                         FakeBackend::network(QStringLiteral("00:00:00:00:00:0c"), QStringLiteral("Zulu")),
-                         FakeBackend::network(QStringLiteral("00:00:00:00:00:0b"), QStringLiteral("Bravo"))}};
+    h.backend->scans = {
+        {FakeBackend::network(QStringLiteral("00:00:00:00:00:0a"), QStringLiteral("Alpha")),
+         FakeBackend::network(QStringLiteral("00:00:00:00:00:0c"), QStringLiteral("Zulu")),
+         FakeBackend::network(QStringLiteral("00:00:00:00:00:0b"), QStringLiteral("Bravo"))}};
     h.app().applicationDidFinishLaunching();
     QStringList order;
     for (const NetworkObjectRef &r : h.app().networks())
         order << *r->name();
-    QCOMPARE(order, (QStringList{QStringLiteral("Zulu"), QStringLiteral("Alpha"), QStringLiteral("Bravo")}));
+    QCOMPARE(order, (QStringList{QStringLiteral("Zulu"), QStringLiteral("Alpha"),
+                                 QStringLiteral("Bravo")}));
 }
 
 void TestCycle::scanErrorAlertsAndStillReloads()
 {
     AppHarness h;
-    h.backend->scans = {{FakeBackend::network(QStringLiteral("00:00:00:00:00:0a"), QStringLiteral("Alpha"))}};
+    h.backend->scans = {
+        {FakeBackend::network(QStringLiteral("00:00:00:00:00:0a"), QStringLiteral("Alpha"))}};
     h.app().applicationDidFinishLaunching();
     h.alerts.clear();
     h.backend->failScans = true;
@@ -172,8 +179,9 @@ void TestCycle::colourIsDrawnInRange()
     AppHarness h;
     QList<CWNetworkRef> scan;
     for (int i = 0; i < 40; ++i)
-        scan << FakeBackend::network(QStringLiteral("00:00:00:00:01:%1").arg(i, 2, 16, QLatin1Char('0')),
-                                     QStringLiteral("N%1").arg(i));
+        scan << FakeBackend::network(
+            QStringLiteral("00:00:00:00:01:%1").arg(i, 2, 16, QLatin1Char('0')),
+            QStringLiteral("N%1").arg(i));
     h.backend->scans = {scan};
     h.app().updateNetworks();
     for (const NetworkObjectRef &r : h.app().networks()) {
@@ -193,16 +201,19 @@ void TestCycle::colourIsDrawnInRange()
 void TestCycle::scanActionMergesNothingAndSortsBySsid()
 {
     AppHarness h;
-    h.backend->scans = {{FakeBackend::network(QStringLiteral("00:00:00:00:00:01"), QStringLiteral("beta")),
-                         FakeBackend::network(QStringLiteral("00:00:00:00:00:02"), QStringLiteral("Alpha")),
-                         FakeBackend::network(QStringLiteral("00:00:00:00:00:03"), QStringLiteral("Gamma"))}};
+    h.backend->scans = {
+        {FakeBackend::network(QStringLiteral("00:00:00:00:00:01"), QStringLiteral("beta")),
+         FakeBackend::network(QStringLiteral("00:00:00:00:00:02"), QStringLiteral("Alpha")),
+         FakeBackend::network(QStringLiteral("00:00:00:00:00:03"), QStringLiteral("Gamma"))}};
     h.app().scan();
-    QCOMPARE(h.backend->scanParameters.constFirst().value(QStringLiteral("SCAN_MERGE")).toBool(), true);
+    QCOMPARE(h.backend->scanParameters.constFirst().value(QStringLiteral("SCAN_MERGE")).toBool(),
+             true);
     QVERIFY(h.app().networks().isEmpty());
     QStringList order;
     for (const CWNetworkRef &n : h.app().scanResults())
         order << *n->ssid();
-    QCOMPARE(order, (QStringList{QStringLiteral("Alpha"), QStringLiteral("beta"), QStringLiteral("Gamma")}));
+    QCOMPARE(order, (QStringList{QStringLiteral("Alpha"), QStringLiteral("beta"),
+                                 QStringLiteral("Gamma")}));
 }
 
 QTEST_MAIN(TestCycle)

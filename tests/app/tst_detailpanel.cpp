@@ -17,7 +17,8 @@ namespace {
 constexpr int kShowMs = 40;
 constexpr int kHideMs = 400;
 
-struct PanelFixture {
+struct PanelFixture
+{
     AppHarness h;
     QTableView *table = nullptr;
 
@@ -54,13 +55,17 @@ struct PanelFixture {
         QCoreApplication::processEvents();
         QWidget *viewport = table->viewport();
         const QPointF local = viewport->mapFromGlobal(global);
-        QMouseEvent move(QEvent::MouseMove, local, global, Qt::NoButton, Qt::NoButton, Qt::NoModifier);
+        QMouseEvent move(QEvent::MouseMove, local, global, Qt::NoButton, Qt::NoButton,
+                         Qt::NoModifier);
         move.setTimestamp(++stamp);
         QApplication::sendEvent(viewport, &move);
     }
     void moveToRow(int row) { moveOnTable(rowPoint(row)); }
     bool panelVisible() const { return h.app().detailPanel()->isVisible(); }
-    bool showPending() const { return h.app().showDetailTimer() && h.app().showDetailTimer()->isActive(); }
+    bool showPending() const
+    {
+        return h.app().showDetailTimer() && h.app().showDetailTimer()->isActive();
+    }
     QString field(const char *name) const
     {
         return h.app().detailPanel()->findChild<QLabel *>(QLatin1String(name))->text();
@@ -165,7 +170,8 @@ void TestDetailPanel::movingOntoThePanelHidesIt()
     QWidget *panel = f.h.app().detailPanel();
     auto *label = panel->findChild<QLabel *>(QStringLiteral("bssidField"));
     const QPointF global = label->mapToGlobal(QPointF(2, 2));
-    QMouseEvent move(QEvent::MouseMove, QPointF(2, 2), global, Qt::NoButton, Qt::NoButton, Qt::NoModifier);
+    QMouseEvent move(QEvent::MouseMove, QPointF(2, 2), global, Qt::NoButton, Qt::NoButton,
+                     Qt::NoModifier);
     move.setTimestamp(5000);
     QApplication::sendEvent(label, &move);
     QVERIFY(!f.panelVisible());
@@ -229,7 +235,8 @@ void TestDetailPanel::placementStaysOnTheScreen()
 void TestDetailPanel::signalSwatchIsGreen()
 {
     PanelFixture f;
-    QWidget *swatch = f.h.app().detailPanel()->findChild<QWidget *>(QStringLiteral("signalRightView"));
+    QWidget *swatch =
+        f.h.app().detailPanel()->findChild<QWidget *>(QStringLiteral("signalRightView"));
     QVERIFY(swatch);
     const QImage image = swatch->grab().toImage();
     QCOMPARE(image.pixelColor(image.width() / 2, image.height() / 2), QColor(0, 255, 0));
@@ -238,8 +245,9 @@ void TestDetailPanel::signalSwatchIsGreen()
 void TestDetailPanel::mapIconsShowThePanelAndAnEmptyBssidReArms()
 {
     AppHarness h;
-    h.backend->scans = {{FakeBackend::network(QStringLiteral("00:00:00:00:00:0a"), QStringLiteral("Strong"), -30),
-                         FakeBackend::network(QString(), QStringLiteral("No address"), -90)}};
+    h.backend->scans = {
+        {FakeBackend::network(QStringLiteral("00:00:00:00:00:0a"), QStringLiteral("Strong"), -30),
+         FakeBackend::network(QString(), QStringLiteral("No address"), -90)}};
     h.app().setDetailPanelDelays(kShowMs, kHideMs);
     h.app().window()->resize(1000, 700);
     h.app().window()->show();

@@ -25,30 +25,40 @@ CW8021XProfileRef makeProfile(const QString &name, const QString &user, const QS
     return p;
 }
 
-struct DialogFixture {
+struct DialogFixture
+{
     AppHarness h;
-    CW8021XProfileRef corpProfile = makeProfile(QStringLiteral("Office"), QStringLiteral("alice"),
-                                                QStringLiteral("s3cret"));
+    CW8021XProfileRef corpProfile =
+        makeProfile(QStringLiteral("Office"), QStringLiteral("alice"), QStringLiteral("s3cret"));
 
     DialogFixture()
     {
-        h.backend->profiles = {makeProfile(QStringLiteral("Home lab"), QStringLiteral("bob"),
-                                           QStringLiteral("pw")),
-                               corpProfile};
+        h.backend->profiles = {
+            makeProfile(QStringLiteral("Home lab"), QStringLiteral("bob"), QStringLiteral("pw")),
+            corpProfile};
         auto stored = std::make_shared<CWWirelessProfile>();
         stored->setUser8021XProfile(corpProfile);
         // Names sort as listed: A.. D..
         h.backend->scans = {{
-            FakeBackend::secured(kOpen, QStringLiteral("A open"), kCWSecurityNone, kCWSecurityModeOpen),
-            FakeBackend::secured(kMixed, QStringLiteral("B mixed"), kCWSecurityWPAPersonalMixed, kCWSecurityModeWPA2_PSK),
-            FakeBackend::secured(kWpa2, QStringLiteral("C wpa2"), kCWSecurityWPA2Personal, kCWSecurityModeWPA2_PSK),
+            FakeBackend::secured(kOpen, QStringLiteral("A open"), kCWSecurityNone,
+                                 kCWSecurityModeOpen),
+            FakeBackend::secured(kMixed, QStringLiteral("B mixed"), kCWSecurityWPAPersonalMixed,
+                                 kCWSecurityModeWPA2_PSK),
+            FakeBackend::secured(kWpa2, QStringLiteral("C wpa2"), kCWSecurityWPA2Personal,
+                                 kCWSecurityModeWPA2_PSK),
             FakeBackend::secured(kCorp, QStringLiteral("D corp"), kCWSecurityWPA2Enterprise,
                                  kCWSecurityModeWPA2_Enterprise, stored),
         }};
         h.app().applicationDidFinishLaunching();
     }
-    QComboBox *combo(const char *name) { return h.app().joinDialogWindow()->findChild<QComboBox *>(QLatin1String(name)); }
-    QLineEdit *edit(const char *name) { return h.app().joinDialogWindow()->findChild<QLineEdit *>(QLatin1String(name)); }
+    QComboBox *combo(const char *name)
+    {
+        return h.app().joinDialogWindow()->findChild<QComboBox *>(QLatin1String(name));
+    }
+    QLineEdit *edit(const char *name)
+    {
+        return h.app().joinDialogWindow()->findChild<QLineEdit *>(QLatin1String(name));
+    }
     void openJoinOn(int row)
     {
         h.find<QTableView>("scanResultsTable")->selectRow(row);
@@ -145,7 +155,8 @@ void TestDialogs::defaultProfileChoiceIsAbandonedSafely()
     // Joining with "Default" builds a new profile from the fields.
     f.h.app().joinOKButtonPressed();
     const auto sent = f.h.backend->associationParameters.constLast()
-                          .value(kCWAssocKey8021XProfile).value<CW8021XProfileRef>();
+                          .value(kCWAssocKey8021XProfile)
+                          .value<CW8021XProfileRef>();
     QVERIFY(sent);
     QVERIFY(sent != f.corpProfile);
     QCOMPARE(sent->userDefinedName(), QStringLiteral("D corp"));
@@ -171,7 +182,10 @@ void TestDialogs::wrongPassphraseKeepsTheSheetOpen()
     QCOMPARE(f.h.alerts.lines(), QStringList{QStringLiteral("Error: The passphrase was rejected")});
     QVERIFY(f.h.app().joinDialogWindow()->isVisible());
     QCOMPARE(f.edit("joinPassphraseField")->text(), QStringLiteral("wrong one"));
-    QVERIFY(!f.h.app().joinDialogWindow()->findChild<QWidget *>(QStringLiteral("joinSpinner"))->isVisible());
+    QVERIFY(!f.h.app()
+                 .joinDialogWindow()
+                 ->findChild<QWidget *>(QStringLiteral("joinSpinner"))
+                 ->isVisible());
 
     f.edit("joinPassphraseField")->setText(QStringLiteral("right one"));
     f.h.app().joinOKButtonPressed();

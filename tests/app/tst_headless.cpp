@@ -22,7 +22,8 @@ QStringList simulated()
             QStringLiteral("--seed"), QStringLiteral("3")};
 }
 
-struct Run {
+struct Run
+{
     int exitCode = -1;
     QByteArray out;
     QByteArray err;
@@ -152,9 +153,11 @@ void TestHeadless::unwritableOutputGivesExitCode4()
 void TestHeadless::badArgumentsGiveExitCode2()
 {
     for (const QStringList &args :
-         {QStringList{QStringLiteral("--headless"), QStringLiteral("--cycles"), QStringLiteral("zero")},
+         {QStringList{QStringLiteral("--headless"), QStringLiteral("--cycles"),
+                      QStringLiteral("zero")},
           QStringList{QStringLiteral("--headless"), QStringLiteral("--backend=martian")},
-          QStringList{QStringLiteral("--headless"), QStringLiteral("--interval"), QStringLiteral("-1")},
+          QStringList{QStringLiteral("--headless"), QStringLiteral("--interval"),
+                      QStringLiteral("-1")},
           QStringList{QStringLiteral("--log-tsv"), QStringLiteral("x")}}) {
         const Run r = run(args, m_settings.path());
         QCOMPARE(r.exitCode, 2);

@@ -105,9 +105,10 @@ void TestInterface::radioOffClearsWhatItCannotVouchFor()
     h.backend->power = false;
     h.app().updateInterfaceInfoTab();
     QCOMPARE(h.find<SegmentedControl>("powerStateControl")->selectedSegment(), 1);
-    for (const char *cleared : {"ssidField", "bssidField", "txRateField", "txPowerField", "rssiField",
-                                "noiseField", "countryCodeField", "supportedChannelsField",
-                                "supportedPHYModesField", "signalQualityField"})
+    for (const char *cleared :
+         {"ssidField", "bssidField", "txRateField", "txPowerField", "rssiField", "noiseField",
+          "countryCodeField", "supportedChannelsField", "supportedPHYModesField",
+          "signalQualityField"})
         QCOMPARE(text(h, cleared), QString());
     QCOMPARE(h.find<QComboBox>("channelPopup")->count(), 0);
     QVERIFY(!h.find<QComboBox>("channelPopup")->isEnabled());
@@ -119,7 +120,8 @@ void TestInterface::supportedChannelsText_data()
     QTest::addColumn<QList<qint64>>("channels");
     QTest::addColumn<QString>("expected");
     QTest::newRow("ascending") << QList<qint64>{1, 6, 11, 36} << QStringLiteral("1, 6, 11, 36");
-    QTest::newRow("platform order") << QList<qint64>{36, 1, 6, 11} << QStringLiteral("1, 6, 1136, ");
+    QTest::newRow("platform order")
+        << QList<qint64>{36, 1, 6, 11} << QStringLiteral("1, 6, 1136, ");
 }
 
 void TestInterface::supportedChannelsText()
@@ -130,7 +132,8 @@ void TestInterface::supportedChannelsText()
     h.backend->channels = channels;
     h.app().updateInterfaceInfoTab();
     QCOMPARE(text(h, "supportedChannelsField"), expected);
-    QCOMPARE(popupItems(h), (QStringList{QStringLiteral("1"), QStringLiteral("6"), QStringLiteral("11"), QStringLiteral("36")}));
+    QCOMPARE(popupItems(h), (QStringList{QStringLiteral("1"), QStringLiteral("6"),
+                                         QStringLiteral("11"), QStringLiteral("36")}));
 }
 
 void TestInterface::powerFromSegmentAndToolbar()

@@ -9,7 +9,8 @@
 #include <QtTest>
 
 namespace {
-struct Expected {
+struct Expected
+{
     QString file, bssid, ssidHidden, label, channel, htPrimary, rates, hasHt, ht40, vhtWidth, ibss;
 };
 
@@ -118,12 +119,14 @@ void TestReplay::exportedRowsMatchTheReference()
         QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
         env.insert(QStringLiteral("XDG_CONFIG_HOME"), settings.path());
         p.setProcessEnvironment(env);
-        p.start(binary, {QStringLiteral("--headless"), QStringLiteral("--backend=replay"),
-                         QStringLiteral("--capture"), dir + QLatin1Char('/') + file,
-                         QStringLiteral("--speed"), QStringLiteral("0"), QStringLiteral("--interval"),
-                         QStringLiteral("0"), QStringLiteral("--export-tsv"), QStringLiteral("-")});
+        p.start(binary,
+                {QStringLiteral("--headless"), QStringLiteral("--backend=replay"),
+                 QStringLiteral("--capture"), dir + QLatin1Char('/') + file,
+                 QStringLiteral("--speed"), QStringLiteral("0"), QStringLiteral("--interval"),
+                 QStringLiteral("0"), QStringLiteral("--export-tsv"), QStringLiteral("-")});
         QVERIFY2(p.waitForFinished(60000), qPrintable(file));
-        QVERIFY2(p.exitCode() == 0, qPrintable(file + QLatin1Char(' ') + QString::fromUtf8(p.readAllStandardError())));
+        QVERIFY2(p.exitCode() == 0,
+                 qPrintable(file + QLatin1Char(' ') + QString::fromUtf8(p.readAllStandardError())));
         QHash<QString, QStringList> rows;
         for (const QByteArray &line : p.readAllStandardOutput().split('\n')) {
             const QStringList cells = QString::fromUtf8(line).split(QLatin1Char('\t'));
@@ -145,11 +148,17 @@ void TestReplay::exportedRowsMatchTheReference()
                 {QStringLiteral("security"), {row.at(16), securityText(e.label)}},
                 {QStringLiteral("phy"), {row.at(17), phyText(e, five)}},
                 {QStringLiteral("channel"), {row.at(18), channel}},
-                {QStringLiteral("band"), {row.at(19), five ? QStringLiteral("5GHz") : QStringLiteral("2.4GHz")}},
+                {QStringLiteral("band"),
+                 {row.at(19), five ? QStringLiteral("5GHz") : QStringLiteral("2.4GHz")}},
                 {QStringLiteral("width"), {row.at(20), widthText(e)}},
-                {QStringLiteral("ibss"), {row.at(21), e.ibss == QLatin1String("1") ? QStringLiteral("Yes") : QStringLiteral("No")}},
-                {QStringLiteral("name"), {row.at(0) == QLatin1String("(null)") ? QStringLiteral("hidden") : QStringLiteral("named"),
-                                          e.ssidHidden == QLatin1String("no") ? QStringLiteral("named") : QStringLiteral("hidden")}},
+                {QStringLiteral("ibss"),
+                 {row.at(21),
+                  e.ibss == QLatin1String("1") ? QStringLiteral("Yes") : QStringLiteral("No")}},
+                {QStringLiteral("name"),
+                 {row.at(0) == QLatin1String("(null)") ? QStringLiteral("hidden")
+                                                       : QStringLiteral("named"),
+                  e.ssidHidden == QLatin1String("no") ? QStringLiteral("named")
+                                                      : QStringLiteral("hidden")}},
             };
             for (const auto &[what, values] : checks) {
                 if (values.first != values.second)

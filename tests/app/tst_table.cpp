@@ -50,8 +50,11 @@ void TestTable::filterMatchesNameBssidAndComment_data()
 {
     QTest::addColumn<QString>("text");
     QTest::addColumn<QStringList>("rows");
-    QTest::newRow("empty shows all") << QString() << QStringList{QStringLiteral("Alpha"), QStringLiteral("Bravo"), QStringLiteral("Charlie")};
-    QTest::newRow("part of a name") << QStringLiteral("rav") << QStringList{QStringLiteral("Bravo")};
+    QTest::newRow("empty shows all")
+        << QString()
+        << QStringList{QStringLiteral("Alpha"), QStringLiteral("Bravo"), QStringLiteral("Charlie")};
+    QTest::newRow("part of a name")
+        << QStringLiteral("rav") << QStringList{QStringLiteral("Bravo")};
     QTest::newRow("bssid lower") << QStringLiteral("2c:3d") << QStringList{QStringLiteral("Alpha")};
     QTest::newRow("bssid upper") << QStringLiteral("4E:5F") << QStringList{QStringLiteral("Alpha")};
     QTest::newRow("comment") << QStringLiteral("KITCHEN") << QStringList{QStringLiteral("Charlie")};
@@ -117,7 +120,8 @@ void TestTable::commentEditPersistsAcrossRestart()
     QCOMPARE(h.app().selectedNetwork()->bssid(), kB);
     // The edit goes to the selected network, whatever row sent it.
     h.app().setObjectValue(QStringLiteral("by the door"), QStringLiteral("comment"), 0);
-    QCOMPARE(h.app().networkWithBssid(kB)->comment(), std::optional<QString>(QStringLiteral("by the door")));
+    QCOMPARE(h.app().networkWithBssid(kB)->comment(),
+             std::optional<QString>(QStringLiteral("by the door")));
     QVERIFY(!h.app().networkWithBssid(kA)->comment());
     // Other columns are not editable.
     h.app().setObjectValue(QStringLiteral("x"), QStringLiteral("NETWORK_NAME"), 1);
@@ -126,7 +130,8 @@ void TestTable::commentEditPersistsAcrossRestart()
     h.restart();
     h.backend->scans = {{FakeBackend::network(kB, QStringLiteral("Bravo"))}};
     h.app().applicationDidFinishLaunching();
-    QCOMPARE(h.app().networkWithBssid(kB)->comment(), std::optional<QString>(QStringLiteral("by the door")));
+    QCOMPARE(h.app().networkWithBssid(kB)->comment(),
+             std::optional<QString>(QStringLiteral("by the door")));
 }
 
 void TestTable::selectionFollowsReSort()

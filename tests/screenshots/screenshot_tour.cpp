@@ -101,7 +101,8 @@ int main(int argc, char *argv[])
     window->resize(1280, 800);
     window->move(0, 0);
     window->show();
-    QTest::qWaitForWindowExposed(window);
+    if (!QTest::qWaitForWindowExposed(window))
+        std::fprintf(stderr, "the window was never shown\n");
     app.applicationDidFinishLaunching();
     for (int second = 0; second < 60; ++second) {
         clock.advance(1000);
@@ -120,8 +121,10 @@ int main(int argc, char *argv[])
             clock.advance(1000);
             app.updateData();
             settle();
-            save(window->grab().toImage(),
-                 QStringLiteral("%1/%2-%3x%4.png").arg(out, QLatin1String(names[tab])).arg(size.width()).arg(size.height()));
+            save(window->grab().toImage(), QStringLiteral("%1/%2-%3x%4.png")
+                                               .arg(out, QLatin1String(names[tab]))
+                                               .arg(size.width())
+                                               .arg(size.height()));
         }
     }
     window->resize(1280, 800);
@@ -131,7 +134,8 @@ int main(int argc, char *argv[])
     segments->setSelectedSegment(5);
     app.changeTabView(segments);
     auto *table = window->findChild<QTableView *>(QStringLiteral("scanResultsTable"));
-    const QPoint rowPoint = table->viewport()->mapToGlobal(QPoint(200, table->rowViewportPosition(2) + 8));
+    const QPoint rowPoint =
+        table->viewport()->mapToGlobal(QPoint(200, table->rowViewportPosition(2) + 8));
     QCursor::setPos(rowPoint);
     app.mouseMoved(window, QPointF(rowPoint));
     QTest::qWait(400);
@@ -146,9 +150,10 @@ int main(int argc, char *argv[])
     app.hideDetailPanel();
 
     // The join sheet for an open, a WPA2 and an enterprise network, and the ad-hoc sheet.
-    const QList<QPair<QString, QString>> joins = {{QString(), QStringLiteral("open")},
-                                                  {QStringLiteral("WPA2 Personal"), QStringLiteral("wpa2")},
-                                                  {QStringLiteral("WPA2 Enterprise"), QStringLiteral("enterprise")}};
+    const QList<QPair<QString, QString>> joins = {
+        {QString(), QStringLiteral("open")},
+        {QStringLiteral("WPA2 Personal"), QStringLiteral("wpa2")},
+        {QStringLiteral("WPA2 Enterprise"), QStringLiteral("enterprise")}};
     for (const auto &[security, name] : joins) {
         const int row = rowWithSecurity(app, security);
         if (row < 0) {
@@ -158,7 +163,8 @@ int main(int argc, char *argv[])
         table->selectRow(row);
         app.joinButtonPressed();
         settle(300);
-        save(app.joinDialogWindow()->grab().toImage(), QStringLiteral("%1/join-%2.png").arg(out, name));
+        save(app.joinDialogWindow()->grab().toImage(),
+             QStringLiteral("%1/join-%2.png").arg(out, name));
         app.joinCancelButtonPressed();
         settle();
     }

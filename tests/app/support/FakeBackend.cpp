@@ -40,7 +40,8 @@ bool FakeBackend::setChannel(const QString &, quint64 wanted, CWError *error)
 {
     channelRequests.append(wanted);
     if (!channels.contains(qint64(wanted))) {
-        CWError::set(error, kCWErrorInvalidParameter, QStringLiteral("Channel %1 is not supported").arg(wanted));
+        CWError::set(error, kCWErrorInvalidParameter,
+                     QStringLiteral("Channel %1 is not supported").arg(wanted));
         return false;
     }
     channel = CWChannel(qint64(wanted), wanted > 14 ? kCWChannelBand5GHz : kCWChannelBand2GHz,
@@ -62,7 +63,8 @@ bool FakeBackend::associateToNetwork(const QString &, const CWNetworkRef &networ
     associationParameters.append(parameters);
     if (!requiredPassphrase.isEmpty() &&
         parameters.value(QStringLiteral("ASSOC_KEY_PASSPHRASE")).toString() != requiredPassphrase) {
-        CWError::set(error, kCWErrorAuthenticationFailed, QStringLiteral("The passphrase was rejected"));
+        CWError::set(error, kCWErrorAuthenticationFailed,
+                     QStringLiteral("The passphrase was rejected"));
         return false;
     }
     currentBssid = network->bssid();
