@@ -122,7 +122,8 @@ void AppDelegate::applicationDidFinishLaunching()
     // 2. The first scan happens before any plot exists.
     updateNetworks();
 
-    // 3-6. The three plots.
+    // 3-6. The three plots, built for the size their host views have.
+    layoutHostViews();
     m_interfaceSignalPlot.reset();
     m_signalPlot.reset();
     m_interfaceSignalPlot = std::make_unique<RealTimePlot>();

@@ -189,6 +189,7 @@ private:
     void setupTable();
     void setupToolbarAndMenus();
     void setupViews();
+    void layoutHostViews();
     void writeExport(bool html);
     PreferencesWindowController *preferencesController();
 

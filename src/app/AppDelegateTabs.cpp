@@ -14,6 +14,7 @@
 #include <QDesktopServices>
 #include <QDir>
 #include <QFileInfo>
+#include <QLayout>
 #include <QMainWindow>
 #include <QMessageBox>
 #include <QStyle>
@@ -44,6 +45,28 @@ void AppDelegate::setupViews()
         const int tag = action->objectName().mid(int(qstrlen("viewAction"))).toInt();
         action->setData(tag);
         action->setChecked(tag == ui->tabView->currentIndex());
+    }
+}
+
+void AppDelegate::layoutHostViews()
+{
+    // A tab widget lays out only its current page, but the plots take their title size and
+    // paddings from their host view when they are built: give every page the size it will
+    // have, and the hover panel its own.
+    if (QWidget *current = ui->tabView->currentWidget()) {
+        const QRect frame = current->geometry();
+        for (int i = 0; i < ui->tabView->count(); ++i) {
+            QWidget *page = ui->tabView->widget(i);
+            if (page != current)
+                page->setGeometry(frame);
+            if (page->layout())
+                page->layout()->activate();
+        }
+    }
+    if (m_detailPanel) {
+        m_detailPanel->adjustSize();
+        if (m_detailPanel->layout())
+            m_detailPanel->layout()->activate();
     }
 }
 
