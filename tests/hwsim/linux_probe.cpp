@@ -5,8 +5,10 @@
 
 #include "wireless/CWKeys.h"
 #include "wireless/linux/LinuxBackend.h"
+#include "wireless/linux/Nl80211Client.h"
 
 #include <QCoreApplication>
+#include <QElapsedTimer>
 #include <QStringList>
 #include <QThread>
 
@@ -75,6 +77,37 @@ int main(int argc, char **argv)
             .arg(backend->obtainAuthorization(QStringLiteral("system.preferences"), 19, &cwError))
             .arg(cwError.localizedDescription()));
 
+    // The scan call must return at once whatever the radio does; time a few.
+    QStringList timings;
+    for (int i = 0; i < 5; ++i) {
+        QElapsedTimer timer;
+        timer.start();
+        backend->scanForNetworks(name, {}, &cwError);
+        timings.append(QString::number(timer.nsecsElapsed() / 1000));
+    }
+    out(QStringLiteral("scan call: %1 us").arg(timings.join(u' ')));
+    // Where that time goes: each netlink request a scan makes, on a client of its own.
+    {
+        Nl80211Client nl;
+        int ifindex = 0;
+        auto time = [](const auto &what) {
+            QElapsedTimer timer;
+            timer.start();
+            what();
+            return timer.nsecsElapsed() / 1000;
+        };
+        const qint64 tIfaces = time([&] {
+            for (const auto &i : nl.interfaces())
+                if (i.name == name)
+                    ifindex = i.ifindex;
+        });
+        const qint64 tDump = time([&] { nl.scanDump(ifindex, nullptr); });
+        const qint64 tSurvey = time([&] { nl.survey(ifindex); });
+        out(QStringLiteral("netlink: interfaces %1 us, scan dump %2 us, survey %3 us")
+                .arg(tIfaces)
+                .arg(tDump)
+                .arg(tSurvey));
+    }
     const auto networks = backend->scanForNetworks(name, {}, &cwError);
     out(QStringLiteral("scan: %1 networks, error \"%2\"")
             .arg(networks.size())

@@ -178,7 +178,7 @@ bool LinuxBackend::powerOn(const QString &name) const
     if (rfkill.softBlocked || rfkill.hardBlocked || !m_sysfs.linkUp(name))
         return false;
     // With NetworkManager in charge, its Wi-Fi switch is the power switch.
-    return m_nm->wirelessEnabled().value_or(true);
+    return m_nm->cachedWirelessEnabled().value_or(true);
 }
 
 std::optional<QString> LinuxBackend::ssid(const QString &name) const

@@ -48,8 +48,10 @@ NetworkManagerClient::NetworkManagerClient(const QDBusConnection &bus, const QSt
     connect(m_watcher, &QDBusServiceWatcher::serviceOwnerChanged, this,
             [this](const QString &, const QString &, const QString &newOwner) {
                 // Object paths and scan timing belong to the daemon instance that is gone.
+                forgetDaemonState();
                 m_deviceNames.clear();
                 m_lastScan.clear();
+                m_running = !newOwner.isEmpty();
                 Q_EMIT runningChanged(!newOwner.isEmpty());
                 Q_EMIT savedConnectionsChanged();
             });
@@ -67,6 +69,22 @@ NetworkManagerClient::NetworkManagerClient(const QDBusConnection &bus, const QSt
                   SLOT(onManagerPropertiesChanged(QDBusMessage)));
     m_bus.connect(m_service, kManagerPath, kManagerIface, QStringLiteral("PropertiesChanged"), this,
                   SLOT(onManagerPropertiesChanged(QDBusMessage)));
+    for (const char *name : {"DeviceAdded", "DeviceRemoved"})
+        m_bus.connect(m_service, kManagerPath, kManagerIface, QString::fromLatin1(name), this,
+                      SLOT(onDevicesChanged(QDBusMessage)));
+}
+
+void NetworkManagerClient::forgetDaemonState() const
+{
+    m_wirelessEnabled.reset();
+    m_devicePaths.clear();
+    m_deviceStates.clear();
+}
+
+void NetworkManagerClient::onDevicesChanged(const QDBusMessage &)
+{
+    m_devicePaths.clear();
+    m_deviceStates.clear();
 }
 
 NetworkManagerClient::~NetworkManagerClient() = default;
@@ -75,7 +93,12 @@ bool NetworkManagerClient::isRunning() const
 {
     if (!m_bus.isConnected() || !m_bus.interface())
         return false;
-    return m_bus.interface()->isServiceRegistered(m_service).value();
+    // Only "running" is trusted from the cache: a daemon that has just come back may not
+    // have been announced yet, and asking the bus about an absent one is cheap enough.
+    if (m_running.value_or(false))
+        return true;
+    m_running = m_bus.interface()->isServiceRegistered(m_service).value();
+    return *m_running;
 }
 
 QDBusMessage NetworkManagerClient::call(const QString &path, const QString &interface,
@@ -134,6 +157,13 @@ std::optional<bool> NetworkManagerClient::wirelessEnabled(CWError *error) const
     return value ? std::optional<bool>(value->toBool()) : std::nullopt;
 }
 
+std::optional<bool> NetworkManagerClient::cachedWirelessEnabled() const
+{
+    if (!m_wirelessEnabled && isRunning())
+        m_wirelessEnabled = wirelessEnabled();
+    return m_wirelessEnabled;
+}
+
 std::optional<bool> NetworkManagerClient::wirelessHardwareEnabled(CWError *error) const
 {
     const auto value =
@@ -146,6 +176,7 @@ bool NetworkManagerClient::setWirelessEnabled(bool on, CWError *error)
     const QDBusMessage reply = call(
         kManagerPath, kPropsIface, QStringLiteral("Set"),
         {kManagerIface, QStringLiteral("WirelessEnabled"), QVariant::fromValue(QDBusVariant(on))});
+    m_wirelessEnabled.reset();
     if (reply.type() == QDBusMessage::ReplyMessage)
         return true;
     if (error)
@@ -156,12 +187,16 @@ bool NetworkManagerClient::setWirelessEnabled(bool on, CWError *error)
 
 QString NetworkManagerClient::deviceForInterface(const QString &interfaceName, CWError *error) const
 {
+    if (const auto it = m_devicePaths.constFind(interfaceName); it != m_devicePaths.constEnd())
+        return *it;
     const QDBusMessage reply =
         call(kManagerPath, kManagerIface, QStringLiteral("GetDeviceByIpIface"), {interfaceName});
     if (reply.type() == QDBusMessage::ReplyMessage && !reply.arguments().isEmpty()) {
         const QString path = reply.arguments().constFirst().value<QDBusObjectPath>().path();
-        if (!path.isEmpty() && path != u"/")
+        if (!path.isEmpty() && path != u"/") {
+            m_devicePaths.insert(interfaceName, path);
             return path;
+        }
     }
     const QDBusError dbusError(reply);
     if (error) {
@@ -178,8 +213,13 @@ QString NetworkManagerClient::deviceForInterface(const QString &interfaceName, C
 
 uint NetworkManagerClient::deviceState(const QString &devicePath) const
 {
+    if (const auto it = m_deviceStates.constFind(devicePath); it != m_deviceStates.constEnd())
+        return *it;
     const auto value = property(devicePath, kDeviceIface, QStringLiteral("State"));
-    return value ? value->toUInt() : 0;
+    if (!value)
+        return 0;
+    m_deviceStates.insert(devicePath, value->toUInt());
+    return value->toUInt();
 }
 
 bool NetworkManagerClient::disconnectDevice(const QString &devicePath, CWError *error)
@@ -346,6 +386,7 @@ void NetworkManagerClient::onDeviceStateChanged(const QDBusMessage &message)
     const QVariantList args = message.arguments();
     if (args.size() < 3)
         return;
+    m_deviceStates.insert(message.path(), args.at(0).toUInt());
     const QString name = interfaceOfDevice(message.path());
     if (!name.isEmpty())
         Q_EMIT deviceStateChanged(name, args.at(0).toUInt(), args.at(1).toUInt(),
@@ -371,6 +412,7 @@ void NetworkManagerClient::onManagerPropertiesChanged(const QDBusMessage &messag
         const QVariantMap changed = qdbus_cast<QVariantMap>(arg);
         if (changed.contains(QStringLiteral("WirelessEnabled")) ||
             changed.contains(QStringLiteral("WirelessHardwareEnabled"))) {
+            m_wirelessEnabled.reset();
             Q_EMIT wirelessEnabledChanged();
             return;
         }

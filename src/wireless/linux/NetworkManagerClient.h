@@ -36,15 +36,20 @@ public:
                                   QObject *parent = nullptr);
     ~NetworkManagerClient() override;
 
+    // While it runs, known from the bus's name-owner signals at no cost; a call that finds
+    // the daemon gone before that signal arrived fails cleanly all the same.
     bool isRunning() const;
 
     // Manager.
     std::optional<bool> wirelessEnabled(CWError *error = nullptr) const;
+    // The same, kept until NetworkManager reports a change: for queries made every cycle.
+    std::optional<bool> cachedWirelessEnabled() const;
     std::optional<bool> wirelessHardwareEnabled(CWError *error = nullptr) const;
     bool setWirelessEnabled(bool on, CWError *error);
     // The device object of a kernel interface; empty with *error set when NM has none.
+    // Kept until devices come or go.
     QString deviceForInterface(const QString &interfaceName, CWError *error) const;
-    // NMDeviceState of a device, 0 when unknown.
+    // NMDeviceState of a device, 0 when unknown; followed through its signals.
     uint deviceState(const QString &devicePath) const;
     bool disconnectDevice(const QString &devicePath, CWError *error);
 
@@ -96,6 +101,7 @@ private Q_SLOTS:
     void onActiveStateChanged(const QDBusMessage &message);
     void onSettingsChanged(const QDBusMessage &message);
     void onManagerPropertiesChanged(const QDBusMessage &message);
+    void onDevicesChanged(const QDBusMessage &message);
 
 private:
     QDBusMessage call(const QString &path, const QString &interface, const QString &method,
@@ -103,11 +109,17 @@ private:
     std::optional<QVariant> property(const QString &path, const QString &interface,
                                      const QString &name, CWError *error = nullptr) const;
     QString interfaceOfDevice(const QString &devicePath);
+    void forgetDaemonState() const;
 
     QDBusConnection m_bus;
     QString m_service;
     QDBusServiceWatcher *m_watcher = nullptr;
     QHash<QString, QElapsedTimer> m_lastScan;
     QHash<QString, QString> m_deviceNames;
+    // What the running daemon said, dropped when it changes owner or reports a change.
+    mutable std::optional<bool> m_running;
+    mutable std::optional<bool> m_wirelessEnabled;
+    mutable QHash<QString, QString> m_devicePaths;
+    mutable QHash<QString, uint> m_deviceStates;
     int m_scanIntervalMs = 10000;
 };
