@@ -136,8 +136,13 @@ void GraphFrame::relayout()
     // Qt Charts refuses an empty plot area; a tiny view still gets a one-point one.
     area.setWidth(std::max(area.width(), 1.0));
     area.setHeight(std::max(area.height(), 1.0));
-    if (m_graph->plotArea() != area)
+    if (m_graph->plotArea() != area) {
         m_graph->setPlotArea(area);
+        // Qt Charts 6.4 moves the series to a new fixed plot area at once but lays the axes
+        // out again only on its next layout pass: ask for one, or a resized window keeps
+        // its grid and labels at the old size.
+        m_graph->layout()->invalidate();
+    }
     if (m_background->rect() != bounds)
         m_background->setRect(bounds);
     if (m_plotAreaBackground->rect() != area)
