@@ -156,3 +156,14 @@ bool CommandLineOptions::wantsHeadless(int argc, char **argv)
     }
     return false;
 }
+
+bool CommandLineOptions::wantsInfo(int argc, char **argv)
+{
+    for (int i = 1; i < argc; ++i) {
+        for (const char *flag : {"-h", "--help", "-v", "--version", "--help-all"}) {
+            if (std::strcmp(argv[i], flag) == 0)
+                return true;
+        }
+    }
+    return false;
+}

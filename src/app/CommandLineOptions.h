@@ -34,4 +34,6 @@ struct CommandLineOptions
     // True when the raw arguments ask for headless mode (checked before Qt starts, so that
     // the offscreen platform can be chosen).
     static bool wantsHeadless(int argc, char **argv);
+    // True when they ask only for the help or the version text.
+    static bool wantsInfo(int argc, char **argv);
 };

@@ -35,9 +35,19 @@ BackendFactory::Kind kindOf(CommandLineOptions::Backend backend)
 
 int main(int argc, char *argv[])
 {
-    // Headless runs need no display: pick the offscreen platform before Qt starts.
-    if (CommandLineOptions::wantsHeadless(argc, argv))
+    // Headless runs, help and version need no display: pick the offscreen platform before
+    // Qt starts. The window does need one; say so instead of letting Qt abort.
+    if (CommandLineOptions::wantsHeadless(argc, argv) ||
+        CommandLineOptions::wantsInfo(argc, argv)) {
         qputenv("QT_QPA_PLATFORM", "offscreen");
+    } else if (qEnvironmentVariableIsEmpty("DISPLAY") &&
+               qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY") &&
+               qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) {
+        std::fprintf(stderr, "There is no display to show the window on (DISPLAY and "
+                             "WAYLAND_DISPLAY are unset). Start it in a desktop session, or "
+                             "use --headless (see --help).\n");
+        return 1;
+    }
     QApplication app(argc, argv);
     QApplication::setOrganizationName(QStringLiteral("Corvane"));
     QApplication::setApplicationName(QStringLiteral("Wi-Fi Monitor"));
