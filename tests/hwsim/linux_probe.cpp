@@ -138,7 +138,7 @@ int main(int argc, char **argv)
         const int want = args[wait + 1].toInt();
         qsizetype got = 0;
         int seconds = 0;
-        for (; seconds <= 40; seconds += 2) {
+        for (; seconds <= 60; seconds += 2) {
             got = backend->scanForNetworks(name, {}, &cwError).size();
             if (got >= want)
                 break;
