@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Exercises the Linux backend on a real wireless stack (the hwsim VM): prints every
-// interface query, one scan, a channel change and, when asked, a join and a disconnect.
-// Output is one "key: value" line per fact so the harness can check it with grep.
+// interface query, the scan call and its cost, channel changes and, when asked, joins
+// and disconnects. One line per fact, for the harness's checks.
 
 #include "wireless/CWKeys.h"
 #include "wireless/linux/LinuxBackend.h"
@@ -165,10 +165,10 @@ int main(int argc, char **argv)
         if (!args[join + 2].isEmpty())
             parameters.insert(kCWAssocKeyPassphrase, args[join + 2]);
         QStringList changes;
-        QObject::connect(backend.get(), &WirelessBackend::linkChanged,
-                         [&](const QString &changed, const QStringList &keys) {
-                             changes.append(changed + u'=' + keys.join(u'|'));
-                         });
+        const auto watch = QObject::connect(backend.get(), &WirelessBackend::linkChanged,
+                                            [&](const QString &changed, const QStringList &keys) {
+                                                changes.append(changed + u'=' + keys.join(u'|'));
+                                            });
         const bool ok = backend->associateToNetwork(name, target, parameters, &cwError);
         out(QStringLiteral("join %1: %2 \"%3\"")
                 .arg(args[join + 1])
@@ -179,9 +179,48 @@ int main(int argc, char **argv)
         backend->disassociate(name);
         QThread::msleep(500);
         QCoreApplication::processEvents();
+        QObject::disconnect(watch);
         out(QStringLiteral("link changes: %1 %2").arg(changes.size()).arg(changes.value(0)));
         out(QStringLiteral("after disconnect state: %1")
                 .arg(backend->interfaceState(name).value_or(-1)));
+    }
+
+    // "--also-join SSID PASSPHRASE" and "--also-join-eap SSID USER PASSWORD", any number
+    // of times: join, show the association, leave.
+    for (int i = 0; i < args.size(); ++i) {
+        const bool eap = args[i] == u"--also-join-eap";
+        if ((args[i] != u"--also-join" && !eap) || args.size() <= i + (eap ? 3 : 2))
+            continue;
+        const QString ssid = args[i + 1];
+        CWNetworkRef target;
+        for (const CWNetworkRef &n : networks)
+            if (n->ssid() == ssid)
+                target = n;
+        if (!target) {
+            out(QStringLiteral("join %1: not in the scan").arg(ssid));
+            continue;
+        }
+        QVariantMap parameters;
+        if (eap) {
+            auto profile = CW8021XProfile::profile();
+            profile->setUserDefinedName(ssid);
+            profile->setUsername(args[i + 2]);
+            profile->setPassword(args[i + 3]);
+            parameters.insert(kCWAssocKey8021XProfile, QVariant::fromValue(profile));
+        } else {
+            parameters.insert(kCWAssocKeyPassphrase, args[i + 2]);
+        }
+        const bool ok = backend->associateToNetwork(name, target, parameters, &cwError);
+        out(QStringLiteral("join %1: %2 \"%3\"")
+                .arg(ssid)
+                .arg(ok)
+                .arg(cwError.localizedDescription()));
+        out(QStringLiteral("joined %1 state: %2 bssid: %3")
+                .arg(ssid)
+                .arg(backend->interfaceState(name).value_or(-1))
+                .arg(text(backend->bssid(name))));
+        backend->disassociate(name);
+        QThread::msleep(500);
     }
     return 0;
 }
