@@ -222,5 +222,36 @@ int main(int argc, char **argv)
         backend->disassociate(name);
         QThread::msleep(500);
     }
+    // "--power-cycle": Wi-Fi off and on again through NetworkManager.
+    if (args.contains(QStringLiteral("--power-cycle"))) {
+        const bool off = backend->setPower(name, false, &cwError);
+        QThread::msleep(1000);
+        out(QStringLiteral("power off: %1 \"%2\" now %3")
+                .arg(off)
+                .arg(cwError.localizedDescription())
+                .arg(backend->powerOn(name)));
+        const bool on = backend->setPower(name, true, &cwError);
+        QThread::msleep(3000);
+        out(QStringLiteral("power on: %1 \"%2\" now %3")
+                .arg(on)
+                .arg(cwError.localizedDescription())
+                .arg(backend->powerOn(name)));
+    }
+
+    // "--adhoc SSID": start an ad-hoc network on channel 11, as the dialog does.
+    const int adhoc = args.indexOf(QStringLiteral("--adhoc"));
+    if (adhoc >= 0 && args.size() > adhoc + 1) {
+        const QVariantMap parameters{{kCWIBSSKeySSID, args[adhoc + 1]}, {kCWIBSSKeyChannel, 11}};
+        const bool ok = backend->enableIBSS(name, parameters, &cwError);
+        const auto channel = backend->wlanChannel(name);
+        out(QStringLiteral("adhoc %1: %2 \"%3\" opmode %4 ssid %5 channel %6")
+                .arg(args[adhoc + 1])
+                .arg(ok)
+                .arg(cwError.localizedDescription())
+                .arg(backend->opMode(name).value_or(-1))
+                .arg(text(backend->ssid(name)))
+                .arg(channel ? channel->channelNumber() : -1));
+        backend->disassociate(name);
+    }
     return 0;
 }
