@@ -452,6 +452,10 @@ bool LinuxBackend::associateToNetwork(const QString &name, const CWNetworkRef &n
     CWError::reset(error);
     if (failIfUnknown(name, error))
         return false;
+    if (!network) {
+        CWError::set(error, kCWErrorInvalidParameter, QStringLiteral("No network was chosen"));
+        return false;
+    }
     const bool ok = m_connector->associate(name, *network, parameters, error);
     invalidate();
     return ok;
