@@ -182,6 +182,8 @@ protected:
 
 private:
     CWInterface &iface() const;
+    // The leading integer of a pop-up title (channel items).
+    static qint32 leadingInteger(const QString &text);
     void setupDialogs();
     void setupDetailPanel();
     void armDetailTimers();

@@ -10,14 +10,11 @@
 
 #include <cstdlib>
 
-namespace {
-// A leading-integer parse: optional blanks and sign, then digits; anything else gives 0.
-qint32 leadingInteger(const QString &text)
+qint32 AppDelegate::leadingInteger(const QString &text)
 {
-    const QByteArray bytes = text.toLatin1();
-    return qint32(std::strtol(bytes.constData(), nullptr, 10));
+    // Optional blanks and sign, then digits; text that does not start with a number gives 0.
+    return qint32(std::strtol(text.toLatin1().constData(), nullptr, 10));
 }
-} // namespace
 
 void AppDelegate::changePower(QObject *sender)
 {

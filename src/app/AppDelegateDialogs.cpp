@@ -14,7 +14,6 @@
 #include <QMainWindow>
 #include <QSysInfo>
 
-#include <cstdlib>
 
 namespace {
 const QStringList kSecurityTitles = {
@@ -30,11 +29,6 @@ void addItemMovingDuplicate(QComboBox *popup, const QString &title)
     if (existing >= 0)
         popup->removeItem(existing);
     popup->addItem(title);
-}
-
-qint32 leadingInteger(const QString &text)
-{
-    return qint32(std::strtol(text.toLatin1().constData(), nullptr, 10));
 }
 
 void startSpinner(BusySpinner *spinner)
