@@ -384,12 +384,29 @@ void TestLinuxNetworkManager::joinSavedConnection()
     QCOMPARE(mockCall(QStringLiteral("LastActivated")).toString(), path);
     QCOMPARE(counter(QStringLiteral("addandactivate")), 0);
 
-    // With a new passphrase a new connection is made.
+    // A new passphrase replaces the saved one: same entry, same name, no second one.
     QVERIFY(m_connector->associate(
         QStringLiteral("wlan0"), *network("home", 1u << kCWSecurityWPA2Personal, 3),
         {{kCWAssocKeyPassphrase, QStringLiteral("new passphrase")}}, &error));
+    QCOMPARE(counter(QStringLiteral("addandactivate")), 0);
+    QCOMPARE(mockCall(QStringLiteral("LastActivated")).toString(), path);
+    const QJsonObject updated =
+        QJsonDocument::fromJson(mockCall(QStringLiteral("SavedSettingsJson"),
+                                         {QVariant::fromValue(QDBusObjectPath(path))})
+                                    .toString()
+                                    .toUtf8())
+            .object();
+    QCOMPARE(updated.value(QStringLiteral("connection"))[QStringLiteral("id")].toString(),
+             QStringLiteral("Home"));
+    QCOMPARE(
+        updated.value(QStringLiteral("802-11-wireless-security"))[QStringLiteral("psk")].toString(),
+        QStringLiteral("new passphrase"));
+
+    // A network without a saved connection gets a new one.
+    QVERIFY(m_connector->associate(QStringLiteral("wlan0"),
+                                   *network("cafe", 1u << kCWSecurityWPA2Personal, 3),
+                                   {{kCWAssocKeyPassphrase, QStringLiteral("espresso")}}, &error));
     QCOMPARE(counter(QStringLiteral("addandactivate")), 1);
-    QVERIFY(lastSettings().value(QStringLiteral("_specific")).toString().contains(u"AccessPoint"));
 }
 
 void TestLinuxNetworkManager::adhoc_data()

@@ -321,6 +321,18 @@ NmSettings NetworkManagerClient::connectionSecrets(const QString &path,
     return qdbus_cast<NmSettings>(reply.arguments().constFirst().value<QDBusArgument>());
 }
 
+bool NetworkManagerClient::updateConnection(const QString &path, const NmSettings &settings,
+                                            CWError *error)
+{
+    const QDBusMessage reply =
+        call(path, kConnectionIface, QStringLiteral("Update"), {QVariant::fromValue(settings)});
+    if (reply.type() == QDBusMessage::ReplyMessage)
+        return true;
+    if (error)
+        *error = errorFrom(QDBusError(reply), QStringLiteral("Saving the network's new key"));
+    return false;
+}
+
 QString NetworkManagerClient::addAndActivate(const NmSettings &settings, const QString &devicePath,
                                              const QString &specificObject, CWError *error)
 {

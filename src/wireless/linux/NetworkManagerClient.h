@@ -75,6 +75,8 @@ public:
     NmSettings connectionSettings(const QString &path, CWError *error) const;
     // Only what NetworkManager hands over to this user; none when it keeps them.
     NmSettings connectionSecrets(const QString &path, const QString &settingName) const;
+    // Replaces a saved connection's settings (new keys for a known network).
+    bool updateConnection(const QString &path, const NmSettings &settings, CWError *error);
 
     // Activation. Return the active connection's path, or empty with *error set.
     QString addAndActivate(const NmSettings &settings, const QString &devicePath,

@@ -7,9 +7,12 @@
 #include "wireless/linux/NmSettingsBuilder.h"
 
 #include <QEventLoop>
+#include <QLoggingCategory>
 #include <QTimer>
 
 #include <algorithm>
+
+Q_LOGGING_CATEGORY(lcNmConnector, "corvane.networkmanager.join")
 
 namespace {
 // NMActiveConnectionState and NMDeviceState values.
@@ -75,14 +78,38 @@ bool NmConnector::associate(const QString &interfaceName, const CWNetwork &netwo
     } else {
         const auto security = NmSettingsBuilder::securityFor(
             network, ap ? (ap->rsnFlags | ap->wpaFlags) : 0u, profile != nullptr);
-        const auto settings = NmSettingsBuilder::joinSettings(network, security, parameters, error);
+        auto settings = NmSettingsBuilder::joinSettings(network, security, parameters, error);
         if (!settings)
             return false;
-        active = m_nm->addAndActivate(*settings, device, specific, error);
+        // New keys for a network NetworkManager already knows replace the old ones, so
+        // the next join without a key uses them and no second entry piles up.
+        if (!saved.isEmpty() && updateSaved(saved, *settings))
+            active = m_nm->activate(saved, device, specific, error);
+        else
+            active = m_nm->addAndActivate(*settings, device, specific, error);
     }
     if (active.isEmpty())
         return false;
     return waitForActivation(active, interfaceName, error);
+}
+
+bool NmConnector::updateSaved(const QString &path, NmSettings settings)
+{
+    const NmSettings old = m_nm->connectionSettings(path, nullptr);
+    const QString connection = QStringLiteral("connection");
+    // The saved entry keeps its identity and the name the user may have given it.
+    for (const char *key : {"uuid", "id"}) {
+        const QString name = QString::fromLatin1(key);
+        const QVariant value = old.value(connection).value(name);
+        if (value.isValid())
+            settings[connection][name] = value;
+    }
+    CWError error;
+    if (m_nm->updateConnection(path, settings, &error))
+        return true;
+    // Not allowed to change a connection shared by all users, say: a new one of our own.
+    qCInfo(lcNmConnector) << "saved connection kept:" << error.localizedDescription();
+    return false;
 }
 
 bool NmConnector::enableIBSS(const QString &interfaceName, const QVariantMap &parameters,

@@ -33,6 +33,7 @@ public:
 
 private:
     QString deviceOrFail(const QString &interfaceName, CWError *error) const;
+    bool updateSaved(const QString &path, NmSettings settings);
     bool waitForActivation(const QString &activePath, const QString &interfaceName, CWError *error);
 
     NetworkManagerClient *m_nm;

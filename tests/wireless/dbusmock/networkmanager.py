@@ -114,6 +114,9 @@ def add_connection_object(mock, settings, secrets):
     conn.AddMethod(CONNECTION_IFACE, 'GetSettings', '', 'a{sa{sv}}', 'ret = self.settings')
     conn.AddMethod(CONNECTION_IFACE, 'GetSecrets', 's', 'a{sa{sv}}',
                    'ret = {args[0]: self.secrets[args[0]]} if args[0] in self.secrets else {}')
+    conn.AddMethod(CONNECTION_IFACE, 'Update', 'a{sa{sv}}', '',
+                   'self.settings = args[0]; self.EmitSignal("%s", "Updated", "", [])'
+                   % CONNECTION_IFACE)
     settings_obj = mockobject.objects[SETTINGS_OBJ]
     conns = settings_obj.Get(SETTINGS_IFACE, 'Connections')
     conns.append(dbus.ObjectPath(path))
@@ -221,6 +224,11 @@ def AddAccessPoint(self, bssid, rsn_flags):
 @dbus.service.method(MOCK_IFACE, in_signature='', out_signature='s')
 def LastSettingsJson(self):
     return json.dumps(self.last_settings)
+
+
+@dbus.service.method(MOCK_IFACE, in_signature='o', out_signature='s')
+def SavedSettingsJson(self, path):
+    return json.dumps(plain(mockobject.objects[str(path)].settings))
 
 
 @dbus.service.method(MOCK_IFACE, in_signature='', out_signature='s')
