@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: GPL-3.0-or-later
 # Installs the Debian packages the build and the tests need, if any are missing.
-# Sourced by ./run and ./test; pass "run" or "test" to pick the package set.
+# Sourced by ./run and ./test; pass "run" or "test" to pick the package set, or "vm" for
+# the wireless stack the hwsim VM tests borrow from this machine (see tests/hwsim/run).
 set -euo pipefail
 
 corvane_packages() {
@@ -13,6 +14,11 @@ corvane_packages() {
         # Tests, benchmarks, the screenshot test and the D-Bus mocks.
         pkgs+=(libgtest-dev libgmock-dev googletest libbenchmark-dev xvfb xauth
             dbus python3 python3-dbusmock)
+    fi
+    if [ "${1:-run}" = vm ]; then
+        # The VM runs on this machine's root file system, so these run inside it.
+        pkgs=(qemu-system-x86 busybox-static kmod cpio file openssl python3 util-linux
+            iproute2 iw wireless-regdb hostapd wpasupplicant network-manager udev dbus polkitd)
     fi
     local list
     list=$(cat "$(dirname "${BASH_SOURCE[0]}")/extra-packages-${1:-run}.txt" 2>/dev/null || true)
@@ -35,6 +41,15 @@ corvane_install_deps() {
     if [ "$(id -u)" -eq 0 ]; then
         echo "Installing missing packages: ${missing[*]}" >&2
         apt-get update -qq
+        if [ "$set" = vm ] && [ ! -e /usr/sbin/policy-rc.d ]; then
+            # NetworkManager, udev and polkit are there for the VM only: never start them
+            # on this machine, whatever its init.
+            printf '#!/bin/sh\nexit 101\n' >/usr/sbin/policy-rc.d
+            chmod +x /usr/sbin/policy-rc.d
+            DEBIAN_FRONTEND=noninteractive "${cmd[@]}" >&2 || { rm -f /usr/sbin/policy-rc.d; return 1; }
+            rm -f /usr/sbin/policy-rc.d
+            return 0
+        fi
         DEBIAN_FRONTEND=noninteractive "${cmd[@]}" >&2
     elif command -v sudo >/dev/null 2>&1 && sudo -n true 2>/dev/null; then
         echo "Installing missing packages with sudo: ${missing[*]}" >&2

@@ -215,10 +215,13 @@ int main(int argc, char **argv)
                 .arg(ssid)
                 .arg(ok)
                 .arg(cwError.localizedDescription()));
-        out(QStringLiteral("joined %1 state: %2 bssid: %3")
+        QThread::msleep(1500); // a few frames so the station entry has rates
+        out(QStringLiteral("joined %1 state: %2 bssid: %3 ssid: %4 rssi: %5 rate: %6")
                 .arg(ssid)
                 .arg(backend->interfaceState(name).value_or(-1))
-                .arg(text(backend->bssid(name))));
+                .arg(text(backend->bssid(name)), text(backend->ssid(name)))
+                .arg(backend->rssiValue(name))
+                .arg(backend->transmitRate(name)));
         backend->disassociate(name);
         QThread::msleep(500);
     }
