@@ -41,16 +41,16 @@ corvane_install_deps() {
     if [ "$(id -u)" -eq 0 ]; then
         echo "Installing missing packages: ${missing[*]}" >&2
         apt-get update -qq
+        local guard= status=0
         if [ "$set" = vm ] && [ ! -e /usr/sbin/policy-rc.d ]; then
             # NetworkManager, udev and polkit are there for the VM only: never start them
             # on this machine, whatever its init.
-            printf '#!/bin/sh\nexit 101\n' >/usr/sbin/policy-rc.d
-            chmod +x /usr/sbin/policy-rc.d
-            DEBIAN_FRONTEND=noninteractive "${cmd[@]}" >&2 || { rm -f /usr/sbin/policy-rc.d; return 1; }
-            rm -f /usr/sbin/policy-rc.d
-            return 0
+            guard=/usr/sbin/policy-rc.d
+            printf '#!/bin/sh\nexit 101\n' >"$guard" && chmod +x "$guard"
         fi
-        DEBIAN_FRONTEND=noninteractive "${cmd[@]}" >&2
+        DEBIAN_FRONTEND=noninteractive "${cmd[@]}" >&2 || status=$?
+        [ -z "$guard" ] || rm -f "$guard"
+        return $status
     elif command -v sudo >/dev/null 2>&1 && sudo -n true 2>/dev/null; then
         echo "Installing missing packages with sudo: ${missing[*]}" >&2
         sudo apt-get update -qq

@@ -407,6 +407,7 @@ void TestLinuxNetworkManager::joinSavedConnection()
                                    *network("cafe", 1u << kCWSecurityWPA2Personal, 3),
                                    {{kCWAssocKeyPassphrase, QStringLiteral("espresso")}}, &error));
     QCOMPARE(counter(QStringLiteral("addandactivate")), 1);
+    QVERIFY(lastSettings().value(QStringLiteral("_specific")).toString().contains(u"AccessPoint"));
 }
 
 void TestLinuxNetworkManager::adhoc_data()
