@@ -169,3 +169,37 @@ bool CWInterface::enableIBSSWithParameters(const QVariantMap &parameters, CWErro
     }
     return m_backend->enableIBSS(m_name, parameters, error);
 }
+
+void CWInterface::setPower(bool on, Completion done)
+{
+    if (!m_backend) {
+        CWError error;
+        noInterface(&error);
+        done(error);
+        return;
+    }
+    m_backend->setPowerAsync(m_name, on, std::move(done));
+}
+
+void CWInterface::associateToNetwork(const CWNetworkRef &network, const QVariantMap &parameters,
+                                     Completion done)
+{
+    if (!m_backend || !network) {
+        CWError error;
+        noInterface(&error);
+        done(error);
+        return;
+    }
+    m_backend->associateToNetworkAsync(m_name, network, parameters, std::move(done));
+}
+
+void CWInterface::enableIBSSWithParameters(const QVariantMap &parameters, Completion done)
+{
+    if (!m_backend) {
+        CWError error;
+        noInterface(&error);
+        done(error);
+        return;
+    }
+    m_backend->enableIBSSAsync(m_name, parameters, std::move(done));
+}

@@ -10,6 +10,7 @@
 #include <QStringList>
 #include <QVariantMap>
 
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -60,6 +61,14 @@ public:
     bool associateToNetwork(const CWNetworkRef &network, const QVariantMap &parameters,
                             CWError *error);
     bool enableIBSSWithParameters(const QVariantMap &parameters, CWError *error);
+
+    // The same actions answered through `done` (see WirelessBackend): what the window uses,
+    // so that a join waiting for the network never holds up the event loop.
+    using Completion = std::function<void(const CWError &error)>;
+    void setPower(bool on, Completion done);
+    void associateToNetwork(const CWNetworkRef &network, const QVariantMap &parameters,
+                            Completion done);
+    void enableIBSSWithParameters(const QVariantMap &parameters, Completion done);
 
 private:
     std::shared_ptr<WirelessBackend> m_backend;

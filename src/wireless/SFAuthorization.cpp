@@ -20,3 +20,21 @@ bool SFAuthorization::obtainWithRight(const QString &right, quint32 flags, CWErr
     m_obtained = backend->obtainAuthorization(right, flags, error);
     return m_obtained;
 }
+
+void SFAuthorization::obtainWithRight(const QString &right, quint32 flags,
+                                      std::function<void(bool, const CWError &)> done)
+{
+    m_right = right;
+    m_obtained = false;
+    auto backend = WirelessBackend::current();
+    if (!backend) {
+        CWError error;
+        CWError::set(&error, kCWErrorServiceUnavailable, QStringLiteral("No wireless backend"));
+        done(false, error);
+        return;
+    }
+    backend->obtainAuthorizationAsync(right, flags, [this, done](const CWError &error) {
+        m_obtained = error.isNull();
+        done(m_obtained, error);
+    });
+}

@@ -5,6 +5,7 @@
 
 #include <QString>
 
+#include <functional>
 #include <memory>
 
 // Permission to change the system's network settings. Obtained before every scan and
@@ -23,6 +24,10 @@ public:
     // Asks the current backend (polkit on Linux). False: the user refused or the system
     // denied it.
     bool obtainWithRight(const QString &right, quint32 flags, CWError *error);
+    // The same, answered through `done` once the backend knows (an interactive polkit
+    // prompt may take minutes); the event loop runs on meanwhile.
+    void obtainWithRight(const QString &right, quint32 flags,
+                         std::function<void(bool obtained, const CWError &error)> done);
 
     bool isObtained() const { return m_obtained; }
     QString right() const { return m_right; }

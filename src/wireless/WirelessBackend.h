@@ -12,6 +12,7 @@
 #include <QStringList>
 #include <QVariantMap>
 
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -65,10 +66,23 @@ public:
     virtual bool setPower(const QString &name, bool on, CWError *error) = 0;
     virtual bool setChannel(const QString &name, quint64 channel, CWError *error) = 0;
     virtual void disassociate(const QString &name) = 0;
+    // Synchronous joins exist only where a join needs no daemon (the simulated and replayed
+    // radios); the default refuses, and callers use the asynchronous form below.
     virtual bool associateToNetwork(const QString &name, const CWNetworkRef &network,
-                                    const QVariantMap &parameters, CWError *error) = 0;
-    virtual bool enableIBSS(const QString &name, const QVariantMap &parameters,
-                            CWError *error) = 0;
+                                    const QVariantMap &parameters, CWError *error);
+    virtual bool enableIBSS(const QString &name, const QVariantMap &parameters, CWError *error);
+
+    // The long actions: each answers through `done` exactly once, on the main thread; an
+    // empty error means success. By default they run the synchronous action and answer
+    // before returning. A backend that waits for a daemon (NetworkManager, polkit) answers
+    // later, and the caller's event loop keeps running meanwhile: no nested loop.
+    using Completion = std::function<void(const CWError &error)>;
+    virtual void obtainAuthorizationAsync(const QString &right, quint32 flags, Completion done);
+    virtual void setPowerAsync(const QString &name, bool on, Completion done);
+    virtual void associateToNetworkAsync(const QString &name, const CWNetworkRef &network,
+                                         const QVariantMap &parameters, Completion done);
+    virtual void enableIBSSAsync(const QString &name, const QVariantMap &parameters,
+                                 Completion done);
 
 Q_SIGNALS:
     // The link of an interface changed (association, power, channel). `keys` are
