@@ -2,13 +2,15 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 # Installs the Debian packages the build and the tests need, if any are missing.
 # Sourced by ./run and ./test; pass "run" or "test" to pick the package set, or "vm" for
-# the wireless stack the hwsim VM tests borrow from this machine (see tests/hwsim/run).
+# the wireless stack the hwsim VM tests borrow from this machine (see tests/hwsim/run), or
+# "sensor" for the Prometheus server and the browser the sensor's tests drive.
 set -euo pipefail
 
 corvane_packages() {
     # Build and run.
     local pkgs=(cmake g++ make pkg-config
         qt6-base-dev qt6-base-dev-tools qt6-charts-dev qt6-svg-dev libqt6svg6 qt6-qpa-plugins
+        qt6-httpserver-dev
         libgl-dev libqt6opengl6-dev libxkbcommon-dev libvulkan-dev libnl-3-dev libnl-genl-3-dev libpcap-dev fonts-dejavu-core)
     if [ "${1:-run}" = test ]; then
         # Tests, benchmarks, the screenshot test and the D-Bus mocks.
@@ -19,6 +21,10 @@ corvane_packages() {
         # The VM runs on this machine's root file system, so these run inside it.
         pkgs=(qemu-system-x86 busybox-static kmod cpio file openssl python3 util-linux
             iproute2 iw wireless-regdb hostapd wpasupplicant network-manager udev dbus polkitd)
+    fi
+    if [ "${1:-run}" = sensor ]; then
+        # promtool comes with the server.
+        pkgs=(prometheus chromium)
     fi
     local list
     list=$(cat "$(dirname "${BASH_SOURCE[0]}")/extra-packages-${1:-run}.txt" 2>/dev/null || true)
@@ -42,9 +48,9 @@ corvane_install_deps() {
         echo "Installing missing packages: ${missing[*]}" >&2
         apt-get update -qq
         local guard= status=0
-        if [ "$set" = vm ] && [ ! -e /usr/sbin/policy-rc.d ]; then
-            # NetworkManager, udev and polkit are there for the VM only: never start them
-            # on this machine, whatever its init.
+        if { [ "$set" = vm ] || [ "$set" = sensor ]; } && [ ! -e /usr/sbin/policy-rc.d ]; then
+            # NetworkManager, udev and polkit are there for the VM only, Prometheus for the
+            # tests, which start their own: never start them as services, whatever the init.
             guard=/usr/sbin/policy-rc.d
             printf '#!/bin/sh\nexit 101\n' >"$guard" && chmod +x "$guard"
         fi

@@ -1,0 +1,132 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "NetworkBuilder.h"
+#include "sensor/SensorDocuments.h"
+#include "support/FixedSensorSource.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+const QDateTime kNow = QDateTime::fromSecsSinceEpoch(1'700'000'000, Qt::UTC);
+
+QJsonObject parse(const QByteArray &body)
+{
+    QJsonParseError error;
+    const QJsonDocument document = QJsonDocument::fromJson(body, &error);
+    EXPECT_EQ(error.error, QJsonParseError::NoError) << body.toStdString();
+    return document.object();
+}
+
+TEST(SensorDocuments, NetworksCarryTheExportColumnsAndTheRawNumbers)
+{
+    FixedSensorSource source;
+    NetworkObjectRef first = source.add(NetworkBuilder()
+                                            .bssid("00:00:00:00:00:01")
+                                            .ssid("<img src=x onerror=alert(1)>")
+                                            .rssi(-60)
+                                            .noise(-90)
+                                            .channel(149, kCWChannelBand5GHz, kCWChannelWidth40MHz),
+                                        kNow);
+    first->setComment(QStringLiteral("by the \"door\""));
+    source.add(NetworkBuilder().bssid("00:00:00:00:00:02").hidden(), kNow);
+    // The search let through only the second; an index past the end is ignored.
+    source.filtered = {1, 7};
+    source.search = QStringLiteral("00:02");
+
+    const QJsonObject document = parse(SensorDocuments::networks(source, 4, kNow));
+    EXPECT_EQ(document.value("cycle").toInteger(), 4);
+    EXPECT_EQ(document.value("time").toString(), "2023-11-14T22:13:20.000Z");
+    EXPECT_EQ(document.value("searchText").toString(), "00:02");
+    EXPECT_EQ(document.value("columns").toArray().size(), 22);
+
+    const QJsonArray networks = document.value("networks").toArray();
+    ASSERT_EQ(networks.size(), 2);
+    const QJsonObject a = networks.at(0).toObject();
+    EXPECT_FALSE(a.value("listed").toBool());
+    EXPECT_EQ(a.value("name").toString(), "<img src=x onerror=alert(1)>");
+    EXPECT_EQ(a.value("signalDbm").toInteger(), -60);
+    EXPECT_EQ(a.value("noiseDbm").toInteger(), -90);
+    EXPECT_EQ(a.value("snrDb").toInteger(), 30);
+    EXPECT_EQ(a.value("bandCode").toInteger(), kCWChannelBand5GHz);
+    EXPECT_EQ(a.value("widthCode").toInteger(), kCWChannelWidth40MHz);
+    EXPECT_EQ(a.value("lastSeen").toString(), "2023-11-14T22:13:20.000Z");
+    const QJsonArray columns = a.value("columns").toArray();
+    ASSERT_EQ(columns.size(), 22);
+    const QStringList expectedTexts = {"<img src=x onerror=alert(1)>",
+                                       "00:00:00:00:00:01",
+                                       "by the \"door\"",
+                                       "Good",
+                                       "43%",
+                                       "43%",
+                                       "43%",
+                                       "43%",
+                                       "15%",
+                                       "15%",
+                                       "15%",
+                                       "15%",
+                                       "40dB",
+                                       "40dB",
+                                       "40dB",
+                                       "40dB",
+                                       "",
+                                       "802.11g/n"};
+    for (int i = 0; i < expectedTexts.size(); ++i)
+        EXPECT_EQ(columns.at(i).toString(), expectedTexts.at(i)) << "column " << i + 1;
+    EXPECT_EQ(columns.at(18).toInteger(), 149);
+    EXPECT_EQ(columns.at(19).toString(), "5GHz");
+    EXPECT_EQ(columns.at(20).toString(), "40MHz");
+    EXPECT_EQ(columns.at(21).toString(), "No");
+
+    const QJsonObject b = networks.at(1).toObject();
+    EXPECT_TRUE(b.value("listed").toBool());
+    EXPECT_TRUE(b.value("name").isNull());
+    EXPECT_TRUE(b.value("columns").toArray().at(0).isNull());
+    EXPECT_TRUE(b.value("comment").isNull());
+}
+
+TEST(SensorDocuments, HistoryKeepsGapsAndRefusesMalformedBssids)
+{
+    FixedSensorSource source;
+    NetworkObjectRef record =
+        source.add(NetworkBuilder().bssid("0a:0b:0c:0d:0e:0f").rssi(-53).noise(-106), kNow);
+    record->updateWithCWNetwork(nullptr, kNow.addSecs(1));
+    record->updateWithCWNetwork(NetworkBuilder().bssid("0a:0b:0c:0d:0e:0f").rssi(-70),
+                                kNow.addSecs(2));
+
+    QByteArray body;
+    ASSERT_EQ(SensorDocuments::history(source, "0A:0B:0C:0D:0E:0F", &body),
+              SensorDocuments::HistoryResult::Ok);
+    const QJsonObject history = parse(body);
+    EXPECT_EQ(history.value("bssid").toString(), "0a:0b:0c:0d:0e:0f");
+    const QJsonArray signalsDbm = history.value("signalsDbm").toArray();
+    ASSERT_EQ(signalsDbm.size(), 3);
+    EXPECT_EQ(signalsDbm.at(0).toInteger(), -53);
+    EXPECT_TRUE(signalsDbm.at(1).isNull());
+    EXPECT_EQ(signalsDbm.at(2).toInteger(), -70);
+    EXPECT_DOUBLE_EQ(history.value("signals").toArray().at(0).toDouble(), 0.5);
+    EXPECT_TRUE(history.value("noises").toArray().at(1).isNull());
+    EXPECT_TRUE(history.value("SNRs").toArray().at(1).isNull());
+    EXPECT_EQ(history.value("SNRs").toArray().size(), 3);
+
+    const char *malformed[] = {"",
+                               "0a:0b:0c:0d:0e",
+                               "0a-0b-0c-0d-0e-0f",
+                               "0a:0b:0c:0d:0e:0g",
+                               "0a:0b:0c:0d:0e:0f:",
+                               "<script>",
+                               "0a:0b:0c:0d:0e:0f\n"};
+    for (const char *bssid : malformed) {
+        EXPECT_EQ(SensorDocuments::history(source, QString::fromUtf8(bssid), &body),
+                  SensorDocuments::HistoryResult::MalformedBssid)
+            << bssid;
+        EXPECT_TRUE(parse(body).value("error").toString().contains("hexadecimal"));
+    }
+    EXPECT_EQ(SensorDocuments::history(source, "0a:0b:0c:0d:0e:00", &body),
+              SensorDocuments::HistoryResult::UnknownBssid);
+}
+
+} // namespace
