@@ -167,10 +167,11 @@ QByteArray MetricsExposition::render(const SensorSource &source, const QDateTime
                          "Noise at the interface, in dBm.");
             appendSample(out, "corvane_interface_noise_dbm", {{"interface", name}},
                          QByteArray::number(iface->noiseMeasurement()));
-            appendFamily(out, "corvane_interface_transmit_rate_bits_per_second", "gauge",
-                         "Transmit rate of the interface's link, in bits per second.");
-            appendSample(out, "corvane_interface_transmit_rate_bits_per_second",
-                         {{"interface", name}}, formatValue(iface->transmitRate() * 1e6));
+            // Prometheus' base unit is the byte; the radio reports Mbit/s.
+            appendFamily(out, "corvane_interface_transmit_rate_bytes_per_second", "gauge",
+                         "Transmit rate of the interface's link, in bytes per second.");
+            appendSample(out, "corvane_interface_transmit_rate_bytes_per_second",
+                         {{"interface", name}}, formatValue(iface->transmitRate() * 1e6 / 8));
         }
         const std::optional<CWChannel> channel = iface->wlanChannel();
         if (channel) {
