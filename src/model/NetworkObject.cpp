@@ -374,9 +374,14 @@ QString NetworkObject::snrString() const
 
 QString NetworkObject::lastSeen() const
 {
+    return lastSeenAt(Clock::now());
+}
+
+QString NetworkObject::lastSeenAt(const QDateTime &now) const
+{
     // A record never updated with a result has no time; it reads as just seen.
     const double d = m_lastUpdated.isValid()
-                         ? static_cast<double>(m_lastUpdated.msecsTo(Clock::now())) / 1000.0
+                         ? static_cast<double>(m_lastUpdated.msecsTo(now)) / 1000.0
                          : 0.0;
     char buffer[64];
     if (d < 5.0)

@@ -66,6 +66,8 @@ public:
     QString noiseString() const;
     QString snrString() const;
     QString lastSeen() const; // relative to Clock::now()
+    // The same relative to `now`: one reading of the clock serves a whole list.
+    QString lastSeenAt(const QDateTime &now) const;
     QString ibss() const;
     QImage icon();            // 19 x 17, drawn on first request and kept
 

@@ -2,6 +2,7 @@
 #include "sensor/SensorDocuments.h"
 
 #include "model/NetworkObject.h"
+#include "sensor/JsonWriter.h"
 #include "sensor/NetworkFacts.h"
 #include "sensor/SensorSource.h"
 
@@ -9,6 +10,8 @@
 #include <QJsonDocument>
 
 #include <cmath>
+#include <cstring>
+#include <unordered_map>
 
 namespace {
 
@@ -51,73 +54,115 @@ QStringList SensorDocuments::columnNames()
             QStringLiteral("Channel Width"),    QStringLiteral("IBSS")};
 }
 
-QJsonArray SensorDocuments::columnValues(const NetworkObject &r)
+namespace {
+
+// The level and SNR texts of one document. Most of a list's readings repeat (whole dBm
+// values map to a few dozen fractions), and formatting one costs far more than finding it.
+class ColumnTexts
 {
-    return QJsonArray{optionalText(r.name()),
-                      r.bssid(),
-                      optionalText(r.comment()),
-                      r.signalQualityString(),
-                      r.signalString(),
-                      NetworkObject::stringOfSignal(r.avgSignal()),
-                      NetworkObject::stringOfSignal(r.minSignal()),
-                      NetworkObject::stringOfSignal(r.maxSignal()),
-                      r.noiseString(),
-                      NetworkObject::stringOfNoise(r.avgNoise()),
-                      NetworkObject::stringOfNoise(r.minNoise()),
-                      NetworkObject::stringOfNoise(r.maxNoise()),
-                      r.snrString(),
-                      NetworkObject::stringOfSNR(r.avgSNR()),
-                      NetworkObject::stringOfSNR(r.minSNR()),
-                      NetworkObject::stringOfSNR(r.maxSNR()),
-                      optionalText(r.security()),
-                      r.phyMode(),
-                      r.channel(),
-                      r.channelBandString(),
-                      r.channelWidthString(),
-                      r.ibss()};
+public:
+    const QString &signal(double v) { return find(m_signal, v, &NetworkObject::stringOfSignal); }
+    const QString &noise(double v) { return find(m_noise, v, &NetworkObject::stringOfNoise); }
+    const QString &snr(qint64 v)
+    {
+        auto it = m_snr.find(v);
+        if (it == m_snr.end())
+            it = m_snr.emplace(v, NetworkObject::stringOfSNR(v)).first;
+        return it->second;
+    }
+
+private:
+    using Texts = std::unordered_map<quint64, QString>;
+    static const QString &find(Texts &texts, double v, QString (*format)(double))
+    {
+        quint64 bits;
+        std::memcpy(&bits, &v, sizeof bits);
+        auto it = texts.find(bits);
+        if (it == texts.end())
+            it = texts.emplace(bits, format(v)).first;
+        return it->second;
+    }
+    Texts m_signal, m_noise;
+    std::unordered_map<qint64, QString> m_snr;
+};
+
+// The 22 values of one record, in column order.
+void writeColumnValues(JsonWriter &w, const NetworkObject &r, ColumnTexts &texts)
+{
+    w.beginArray()
+        .value(r.name())
+        .value(r.bssid())
+        .value(r.comment())
+        .value(r.signalQualityString())
+        .value(texts.signal(r.signal()))
+        .value(texts.signal(r.avgSignal()))
+        .value(texts.signal(r.minSignal()))
+        .value(texts.signal(r.maxSignal()))
+        .value(texts.noise(r.noise()))
+        .value(texts.noise(r.avgNoise()))
+        .value(texts.noise(r.minNoise()))
+        .value(texts.noise(r.maxNoise()))
+        .value(texts.snr(r.snr()))
+        .value(texts.snr(r.avgSNR()))
+        .value(texts.snr(r.minSNR()))
+        .value(texts.snr(r.maxSNR()))
+        .value(r.security())
+        .value(r.phyMode())
+        .value(r.channel())
+        .value(r.channelBandString())
+        .value(r.channelWidthString())
+        .value(r.ibss())
+        .endArray();
 }
 
-QJsonObject SensorDocuments::networkObject(const NetworkObject &r, bool listed)
+void writeNetwork(JsonWriter &w, const NetworkObject &r, bool listed, const QDateTime &now,
+                  ColumnTexts &texts)
 {
     const CWNetworkRef network = r.cwNetwork();
-    QJsonObject o{{QStringLiteral("bssid"), r.bssid()},
-                  {QStringLiteral("name"), optionalText(r.name())},
-                  {QStringLiteral("comment"), optionalText(r.comment())},
-                  {QStringLiteral("listed"), listed},
-                  {QStringLiteral("columns"), columnValues(r)},
-                  {QStringLiteral("signal"), r.signal()},
-                  {QStringLiteral("avgSignal"), r.avgSignal()},
-                  {QStringLiteral("minSignal"), r.minSignal()},
-                  {QStringLiteral("maxSignal"), r.maxSignal()},
-                  {QStringLiteral("noise"), r.noise()},
-                  {QStringLiteral("avgNoise"), r.avgNoise()},
-                  {QStringLiteral("minNoise"), r.minNoise()},
-                  {QStringLiteral("maxNoise"), r.maxNoise()},
-                  {QStringLiteral("snr"), r.snr()},
-                  {QStringLiteral("avgSNR"), r.avgSNR()},
-                  {QStringLiteral("minSNR"), r.minSNR()},
-                  {QStringLiteral("maxSNR"), r.maxSNR()},
-                  {QStringLiteral("channel"), r.channel()},
-                  {QStringLiteral("bandCode"), r.channelBand()},
-                  {QStringLiteral("widthCode"), r.channelWidth()},
-                  {QStringLiteral("band"), NetworkFacts::bandName(r.channelBand())},
-                  {QStringLiteral("width"), NetworkFacts::widthName(r.channelWidth())},
-                  {QStringLiteral("phyMode"), r.phyMode()},
-                  {QStringLiteral("security"), optionalText(r.security())},
-                  {QStringLiteral("ibss"), network && network->ibss()},
-                  {QStringLiteral("lastSeen"), r.lastUpdated().isValid()
-                                                   ? QJsonValue(isoTime(r.lastUpdated()))
-                                                   : QJsonValue(QJsonValue::Null)},
-                  {QStringLiteral("lastSeenText"), r.lastSeen()},
-                  {QStringLiteral("color"), r.color().name(QColor::HexRgb)}};
+    w.beginObject();
+    w.key("bssid").value(r.bssid());
+    w.key("name").value(r.name());
+    w.key("comment").value(r.comment());
+    w.key("listed").value(listed);
+    w.key("columns");
+    writeColumnValues(w, r, texts);
+    w.key("signal").value(r.signal());
+    w.key("avgSignal").value(r.avgSignal());
+    w.key("minSignal").value(r.minSignal());
+    w.key("maxSignal").value(r.maxSignal());
+    w.key("noise").value(r.noise());
+    w.key("avgNoise").value(r.avgNoise());
+    w.key("minNoise").value(r.minNoise());
+    w.key("maxNoise").value(r.maxNoise());
+    w.key("snr").value(r.snr());
+    w.key("avgSNR").value(r.avgSNR());
+    w.key("minSNR").value(r.minSNR());
+    w.key("maxSNR").value(r.maxSNR());
+    w.key("channel").value(r.channel());
+    w.key("bandCode").value(r.channelBand());
+    w.key("widthCode").value(r.channelWidth());
+    w.key("band").value(NetworkFacts::bandName(r.channelBand()));
+    w.key("width").value(NetworkFacts::widthName(r.channelWidth()));
+    w.key("phyMode").value(r.phyMode());
+    w.key("security").value(r.security());
+    w.key("ibss").value(network && network->ibss());
+    w.key("lastSeen");
+    if (r.lastUpdated().isValid())
+        w.value(SensorDocuments::isoTime(r.lastUpdated()));
+    else
+        w.null();
+    w.key("lastSeenText").value(r.lastSeenAt(now));
+    w.key("color").value(r.color().name(QColor::HexRgb));
     if (network) {
-        o.insert(QStringLiteral("signalDbm"), network->rssiValue());
-        o.insert(QStringLiteral("noiseDbm"), network->noiseMeasurement());
-        o.insert(QStringLiteral("snrDb"), network->rssiValue() - network->noiseMeasurement());
-        o.insert(QStringLiteral("ssidHex"), QString::fromLatin1(network->ssidData().toHex()));
+        w.key("signalDbm").value(network->rssiValue());
+        w.key("noiseDbm").value(network->noiseMeasurement());
+        w.key("snrDb").value(network->rssiValue() - network->noiseMeasurement());
+        w.key("ssidHex").value(QString::fromLatin1(network->ssidData().toHex()));
     }
-    return o;
+    w.endObject();
 }
+
+} // namespace
 
 QByteArray SensorDocuments::networks(const SensorSource &source, quint64 cycle,
                                      const QDateTime &now)
@@ -128,20 +173,24 @@ QByteArray SensorDocuments::networks(const SensorSource &source, quint64 cycle,
         if (index < static_cast<quint64>(list.count()))
             listed[static_cast<qsizetype>(index)] = true;
     }
-    QJsonArray items;
+    JsonWriter w(1024 + list.count() * 900);
+    ColumnTexts texts;
+    w.beginObject();
+    w.key("time").value(isoTime(now));
+    w.key("cycle").value(static_cast<qint64>(cycle));
+    w.key("searchText").value(source.searchText());
+    w.key("columns").beginArray();
+    for (const QString &name : columnNames())
+        w.value(name);
+    w.endArray();
+    w.key("networks").beginArray();
     for (qsizetype i = 0; i < list.count(); ++i) {
         if (list.at(i))
-            items.append(networkObject(*list.at(i), listed.at(i)));
+            writeNetwork(w, *list.at(i), listed.at(i), now, texts);
     }
-    QJsonArray columns;
-    for (const QString &name : columnNames())
-        columns.append(name);
-    const QJsonObject document{{QStringLiteral("time"), isoTime(now)},
-                               {QStringLiteral("cycle"), static_cast<qint64>(cycle)},
-                               {QStringLiteral("searchText"), source.searchText()},
-                               {QStringLiteral("columns"), columns},
-                               {QStringLiteral("networks"), items}};
-    return QJsonDocument(document).toJson(QJsonDocument::Compact);
+    w.endArray();
+    w.endObject();
+    return w.take();
 }
 
 QByteArray SensorDocuments::interface(const SensorSource &source, const QDateTime &now)
@@ -239,5 +288,36 @@ QByteArray SensorDocuments::error(const QString &message)
 
 QString SensorDocuments::isoTime(const QDateTime &time)
 {
-    return time.toUTC().toString(Qt::ISODateWithMs);
+    // Written from the epoch count by hand: formatting a QDateTime costs as much as the
+    // rest of a network's entry, and every entry has one.
+    const qint64 ms = time.toMSecsSinceEpoch();
+    const qint64 days = ms >= 0 ? ms / 86400000 : (ms - 86399999) / 86400000;
+    qint64 rest = ms - days * 86400000;
+    // Days since 1970-01-01 to the civil date (H. Hinnant's algorithm, proleptic Gregorian).
+    const qint64 z = days + 719468;
+    const qint64 era = (z >= 0 ? z : z - 146096) / 146097;
+    const qint64 doe = z - era * 146097;
+    const qint64 yoe = (doe - doe / 1460 + doe / 36524 - doe / 146096) / 365;
+    const qint64 doy = doe - (365 * yoe + yoe / 4 - yoe / 100);
+    const qint64 mp = (5 * doy + 2) / 153;
+    const qint64 day = doy - (153 * mp + 2) / 5 + 1;
+    const qint64 month = mp < 10 ? mp + 3 : mp - 9;
+    const qint64 year = yoe + era * 400 + (month <= 2 ? 1 : 0);
+    if (year < 0 || year > 9999)
+        return QDateTime::fromMSecsSinceEpoch(ms, Qt::UTC).toString(Qt::ISODateWithMs);
+    char text[25] = "0000-00-00T00:00:00.000Z";
+    auto put = [&text](int at, qint64 value, int width) {
+        for (int i = at + width - 1; i >= at; --i, value /= 10)
+            text[i] = char('0' + value % 10);
+    };
+    put(0, year, 4);
+    put(5, month, 2);
+    put(8, day, 2);
+    put(11, rest / 3600000, 2);
+    rest %= 3600000;
+    put(14, rest / 60000, 2);
+    rest %= 60000;
+    put(17, rest / 1000, 2);
+    put(20, rest % 1000, 3);
+    return QString::fromLatin1(text, 24);
 }

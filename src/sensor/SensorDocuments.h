@@ -18,9 +18,6 @@ class SensorDocuments
 public:
     // The heads of the 22 export columns, in column order.
     static QStringList columnNames();
-    // The 22 values of one record, in column order.
-    static QJsonArray columnValues(const NetworkObject &record);
-    static QJsonObject networkObject(const NetworkObject &record, bool listed);
 
     // {"time", "cycle", "searchText", "columns", "networks": [...]}: every record, each
     // saying whether the search text lets it through ("listed").

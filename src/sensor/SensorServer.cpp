@@ -9,13 +9,17 @@
 #include <QHttpServerRequest>
 #include <QHttpServerResponder>
 #include <QTcpSocket>
+#include <QTimer>
 #include <QUrlQuery>
 
 namespace {
 
 using Status = QHttpServerResponder::StatusCode;
 
-constexpr qint64 kMaxDocumentAgeMs = 1000;
+// Without cycles (a stalled radio) documents still follow the interface now and then.
+constexpr qint64 kMaxDocumentAgeMs = 5000;
+// Documents someone asked for in this time are rebuilt right after each cycle.
+constexpr qint64 kKeepWarmMs = 60'000;
 
 const QByteArray kJson = QByteArrayLiteral("application/json");
 const QByteArray kMetricsType = QByteArrayLiteral("text/plain; version=0.0.4; charset=utf-8");
@@ -59,6 +63,10 @@ SensorServer::SensorServer(const SensorSource *source, QObject *parent,
                            SensorTcpServer::Limits limits)
     : QAbstractHttpServer(parent), m_source(source), m_tcpServer(new SensorTcpServer(limits, this))
 {
+    m_metrics.build = &SensorServer::buildMetrics;
+    m_networks.build = &SensorServer::buildNetworks;
+    m_interface.build = &SensorServer::buildInterface;
+    m_status.build = &SensorServer::buildStatus;
 }
 
 SensorServer::~SensorServer() = default;
@@ -82,6 +90,25 @@ quint16 SensorServer::port() const
 void SensorServer::noteCycleFinished()
 {
     ++m_cycle;
+    // Rebuild what clients read once the cycle has returned, so that the requests of the
+    // next interval are answered from memory and none of them holds up a cycle.
+    QTimer::singleShot(0, this, &SensorServer::prebuild);
+}
+
+void SensorServer::prebuild()
+{
+    for (CachedDocument *document : {&m_metrics, &m_networks, &m_interface, &m_status}) {
+        if (document->requested.isValid() && document->requested.elapsed() < kKeepWarmMs &&
+            document->cycle != m_cycle)
+            rebuild(*document);
+    }
+}
+
+void SensorServer::rebuild(CachedDocument &document)
+{
+    document.body = (this->*document.build)();
+    document.cycle = m_cycle;
+    document.age.start();
 }
 
 bool SensorServer::isLocalAddress(const QHostAddress &address)
@@ -89,15 +116,12 @@ bool SensorServer::isLocalAddress(const QHostAddress &address)
     return address.isLoopback();
 }
 
-const QByteArray &SensorServer::cached(CachedDocument &document,
-                                       QByteArray (SensorServer::*build)() const)
+const QByteArray &SensorServer::cached(CachedDocument &document)
 {
+    document.requested.start();
     if (!document.age.isValid() || document.cycle != m_cycle ||
-        document.age.elapsed() > kMaxDocumentAgeMs) {
-        document.body = (this->*build)();
-        document.cycle = m_cycle;
-        document.age.start();
-    }
+        document.age.elapsed() > kMaxDocumentAgeMs)
+        rebuild(document);
     return document.body;
 }
 
@@ -132,13 +156,13 @@ bool SensorServer::handleRequest(const QHttpServerRequest &request, QTcpSocket *
         return true;
     }
     if (path == u"/metrics") {
-        respond(socket, request, cached(m_metrics, &SensorServer::buildMetrics), kMetricsType);
+        respond(socket, request, cached(m_metrics), kMetricsType);
     } else if (path == u"/api/networks") {
-        respond(socket, request, cached(m_networks, &SensorServer::buildNetworks), kJson);
+        respond(socket, request, cached(m_networks), kJson);
     } else if (path == u"/api/interface") {
-        respond(socket, request, cached(m_interface, &SensorServer::buildInterface), kJson);
+        respond(socket, request, cached(m_interface), kJson);
     } else if (path == u"/api/status") {
-        respond(socket, request, cached(m_status, &SensorServer::buildStatus), kJson);
+        respond(socket, request, cached(m_status), kJson);
     } else if (path == u"/api/history") {
         const QUrlQuery query(request.url());
         QByteArray body;

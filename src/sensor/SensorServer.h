@@ -12,9 +12,10 @@
 class SensorSource;
 
 // The sensor's HTTP server: /metrics for Prometheus, /api/* as JSON and the live page at /.
-// It only reads: no request changes the radio, the settings or the records. Documents are
-// built at most once per cycle (and at most once a second) and then served from memory, so
-// many clients cost the update cycle little.
+// It only reads: no request changes the radio, the settings or the records. Each document
+// is built at most once per cycle and served from memory; the ones clients read are
+// rebuilt right after each cycle, so that requests only copy bytes and many clients cost
+// the update cycle little.
 class SensorServer final : public QAbstractHttpServer
 {
     Q_OBJECT
@@ -41,15 +42,19 @@ protected:
 private:
     struct CachedDocument
     {
+        QByteArray (SensorServer::*build)() const = nullptr;
         QByteArray body;
         quint64 cycle = 0;
-        QElapsedTimer age;
+        QElapsedTimer age;       // since built
+        QElapsedTimer requested; // since last asked for
     };
     static void
     respond(QTcpSocket *socket, const QHttpServerRequest &request, const QByteArray &body,
             const QByteArray &type,
             QHttpServerResponder::StatusCode status = QHttpServerResponder::StatusCode::Ok);
-    const QByteArray &cached(CachedDocument &document, QByteArray (SensorServer::*build)() const);
+    const QByteArray &cached(CachedDocument &document);
+    void rebuild(CachedDocument &document);
+    void prebuild();
     QByteArray buildMetrics() const;
     QByteArray buildNetworks() const;
     QByteArray buildInterface() const;
