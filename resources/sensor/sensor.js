@@ -6,7 +6,7 @@
 const POLL_MS = 500;          // how often the page asks whether a cycle has finished
 const CHART_NETWORKS = 5;     // the strongest networks drawn in the chart
 const CHART = { width: 800, height: 240, left: 40, right: 10, top: 10, bottom: 20,
-                minDbm: -100, maxDbm: -20, samples: 301 };
+                minDbm: -100, maxDbm: -20, minSamples: 30 };
 const SVG_NS = "http://www.w3.org/2000/svg";
 
 const state = { cycle: null, data: null, sortColumn: -1, sortDown: false, busy: false };
@@ -130,10 +130,12 @@ function renderChart(histories) {
                                     y1: y, y2: y }));
     chart.appendChild(svg("text", { class: "axis", x: 2, y: y + 4 }, dbm + " dBm"));
   }
-  const step = (CHART.width - CHART.left - CHART.right) / (CHART.samples - 1);
+  // The x axis spans the longest history shown (a record keeps its last 301 scans).
+  const span = Math.max(CHART.minSamples, ...histories.map((h) => h.signalsDbm.length));
+  const step = (CHART.width - CHART.left - CHART.right) / (span - 1);
   for (const history of histories) {
     const samples = history.signalsDbm;
-    const offset = CHART.samples - samples.length;
+    const offset = span - samples.length;
     let points = [];
     const flush = () => {
       if (points.length > 1)
@@ -176,7 +178,7 @@ function renderStatus(status, iface) {
   document.getElementById("interface").textContent = i === null ? "No interface" :
     "Interface " + i.name + (i.powerOn ? " (on)" : " (off)") +
     (i.bssid ? " · joined to " + (i.ssid === null ? "(hidden)" : i.ssid) + " " + i.bssid +
-               " · " + i.signalDbm + " dBm, " + i.transmitRateMbps + " Mbit/s" : "") +
+               " · " + i.signalDbm + " dBm, " + i.transmitRateMbps.toFixed(1) + " Mbit/s" : "") +
     (i.channel ? " · channel " + i.channel.number : "");
 }
 
@@ -215,6 +217,10 @@ async function poll() {
   }
 }
 
+// A search can be bookmarked: ?search=TEXT fills the box.
+const initialSearch = new URLSearchParams(window.location.search).get("search");
+if (initialSearch !== null)
+  document.getElementById("search").value = initialSearch;
 document.getElementById("search").addEventListener("input", () => {
   if (state.data !== null)
     renderTable();

@@ -5,6 +5,7 @@ refresh its DOM must hold one table row per network, and a network named like ma
 must show as that text and create no element.
 Usage: browser_check.py SENSOR-COMMAND..."""
 import subprocess
+import urllib.parse
 import tempfile
 from html.parser import HTMLParser
 
@@ -42,26 +43,43 @@ class PageReader(HTMLParser):
             self.cells[-1] += data
 
 
-def main():
-    (chromium,) = require(["chromium"], "chromium")
-    with Sensor(sensor_command()) as sensor, tempfile.TemporaryDirectory() as profile:
-        known = sorted(n["bssid"] for n in sensor.json("api/networks")["networks"])
+def load(chromium, url):
+    """The page's DOM after its first refreshes, in a fresh profile."""
+    with tempfile.TemporaryDirectory() as profile:
         dump = subprocess.run(
             [chromium, "--headless", "--no-sandbox", "--disable-gpu", "--disable-quic",
              "--no-first-run", "--disable-background-networking", "--disable-component-update",
              "--disable-sync", f"--user-data-dir={profile}", "--virtual-time-budget=5000",
-             "--dump-dom", sensor.url],
+             "--dump-dom", url],
             capture_output=True, timeout=120)
-        check(dump.returncode == 0, "chromium failed: " + dump.stderr.decode(errors="replace"))
-        page = PageReader()
-        page.feed(dump.stdout.decode())
-        check(page.cycle not in (None, ""), "the page never refreshed (body data-cycle empty)")
+    check(dump.returncode == 0, "chromium failed: " + dump.stderr.decode(errors="replace"))
+    page = PageReader()
+    page.feed(dump.stdout.decode())
+    check(page.cycle not in (None, ""), f"the page never refreshed (body data-cycle empty): {url}")
+    return page
+
+
+def main():
+    (chromium,) = require(["chromium"], "chromium")
+    with Sensor(sensor_command()) as sensor:
+        known = sorted(n["bssid"] for n in sensor.json("api/networks")["networks"])
+        page = load(chromium, sensor.url)
         check(sorted(page.rows) == known,
               f"one row per network expected: rows {sorted(page.rows)}, networks {known}")
         check(HOSTILE in page.cells, f"the hostile name is not shown as text: {page.cells[:40]}")
         check("img" not in page.tags, "a network name created an <img> element")
         check(page.tags.count("script") == 1, "a network name created a <script> element")
         print(f"chromium: {len(page.rows)} rows after cycle {page.cycle}, names shown as text")
+
+        # The window's search rule: name, BSSID or comment, ignoring case.
+        for search, expected in [("SAY", ["02:00:00:00:00:02"]),
+                                 ("00:0", known),
+                                 ("0:00:05", ["02:00:00:00:00:05"]),
+                                 ("IMG SRC", ["02:00:00:00:00:06"]),
+                                 ("nothing like it", [])]:
+            rows = load(chromium, sensor.url + "?" + urllib.parse.urlencode({"search": search})).rows
+            check(sorted(rows) == sorted(expected), f"search {search!r}: rows {rows}")
+        print("chromium: the search box matches as the window does")
 
 
 if __name__ == "__main__":
