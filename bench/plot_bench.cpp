@@ -56,7 +56,7 @@ public:
                 level = std::clamp(level + (random.uniformReal() - 0.5) * 0.04, 0.0, 1.0);
                 history.append(float(level));
             }
-            network->setSignals(history);
+            network->setSignals(LevelHistory::fromList(history));
             network->setChannel(random.uniform(1, 13));
             network->setChannelBand(1);
             network->setColor(QColor::fromHsvF(float(random.uniform(0, 49) / 49.0), 0.8f, 0.9f));
@@ -75,10 +75,8 @@ public:
     {
         const QDateTime now = Clock::now();
         for (const NetworkObjectRef &network : m_list) {
-            QList<LevelSample> history = network->signals();
+            LevelHistory history = network->signals();
             history.append(float(0.3 + 0.2 * ((cycle + history.size()) % 7) / 7.0));
-            if (history.size() > NetworkObject::kHistoryCapacity)
-                history.removeFirst();
             network->setSignals(history);
             network->setLastUpdated(now);
         }

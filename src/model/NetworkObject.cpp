@@ -4,6 +4,7 @@
 #include "util/Clock.h"
 #include "wireless/CWTypes.h"
 
+#include <QCache>
 #include <QPainter>
 #include <QSvgRenderer>
 
@@ -153,13 +154,8 @@ void NetworkObject::_updateWithCWNetwork(const CWNetworkRef &network, bool force
     if (force)
         m_bssid = network ? network->bssid() : QString();
 
-    if (!m_historiesCreated) {
-        m_signals.reserve(kHistoryCapacity);
-        m_noises.reserve(kHistoryCapacity);
-        m_SNRs.reserve(kHistoryCapacity);
-        m_historiesCreated = true;
-    }
-
+    // The three rings exist with the record and always hold the same number of entries; a
+    // full ring drops its oldest entry as the new one goes in.
     if (network) {
         const qint64 rssi = network->rssiValue();
         const qint64 noise = network->noiseMeasurement();
@@ -171,12 +167,6 @@ void NetworkObject::_updateWithCWNetwork(const CWNetworkRef &network, bool force
         m_signals.append(std::nullopt);
         m_noises.append(std::nullopt);
         m_SNRs.append(std::nullopt);
-    }
-
-    if (m_signals.size() > kHistoryCapacity) {
-        m_signals.removeFirst();
-        m_noises.removeFirst();
-        m_SNRs.removeFirst();
     }
 
     if (!network)
@@ -191,14 +181,16 @@ void NetworkObject::_updateWithCWNetwork(const CWNetworkRef &network, bool force
     double maxSignal = 0.0, minSignal = 1.0;
     double maxNoise = 0.0, minNoise = 1.0;
     qint64 maxSNR = -100, minSNR = 100;
-    const qsizetype n = m_signals.size();
-    for (qsizetype i = 0; i < n; ++i) {
-        const LevelSample &signalEntry = m_signals.at(i);
-        if (!signalEntry)
+    const int n = m_signals.size();
+    for (int i = 0; i < n; ++i) {
+        const float signalEntry = m_signals.raw(i);
+        if (LevelHistory::isGap(signalEntry))
             continue;
-        const double s = static_cast<double>(*signalEntry);
-        const double no = static_cast<double>(m_noises.at(i).value_or(0.0f));
-        const qint64 q = truncateToInt64(m_SNRs.at(i).value_or(0.0));
+        const float noiseEntry = m_noises.raw(i);
+        const double snrEntry = m_SNRs.raw(i);
+        const double s = static_cast<double>(signalEntry);
+        const double no = LevelHistory::isGap(noiseEntry) ? 0.0 : static_cast<double>(noiseEntry);
+        const qint64 q = SNRHistory::isGap(snrEntry) ? 0 : truncateToInt64(snrEntry);
         signalSum += s;
         noiseSum += no;
         snrSum += q;
@@ -241,22 +233,16 @@ void NetworkObject::_updateWithCWNetwork(const CWNetworkRef &network, bool force
 
 double NetworkObject::signal() const
 {
-    if (m_signals.isEmpty())
-        return 0.0;
     return static_cast<double>(m_signals.last().value_or(0.0f));
 }
 
 double NetworkObject::noise() const
 {
-    if (m_noises.isEmpty())
-        return 0.0;
     return static_cast<double>(m_noises.last().value_or(0.0f));
 }
 
 qint64 NetworkObject::snr() const
 {
-    if (m_SNRs.isEmpty())
-        return 0;
     return truncateToInt64(m_SNRs.last().value_or(0.0));
 }
 
@@ -404,15 +390,14 @@ QString NetworkObject::ibss() const
     return m_cwNetwork && m_cwNetwork->ibss() ? QStringLiteral("Yes") : QStringLiteral("No");
 }
 
-QImage NetworkObject::icon()
+namespace {
+
+QImage drawIcon(QRgb color, bool open)
 {
-    if (!m_icon.isNull())
-        return m_icon;
     constexpr int kWidth = 19;
     constexpr int kHeight = 17;
     QImage image(kWidth, kHeight, QImage::Format_ARGB32_Premultiplied);
-    image.fill(m_color.isValid() ? m_color : QColor(Qt::transparent));
-    const bool open = m_cwNetwork && m_cwNetwork->supportsSecurity(kCWSecurityNone);
+    image.fill(QColor::fromRgba(color));
     QSvgRenderer renderer(open ? QStringLiteral(":/icons/clear.svg")
                                : QStringLiteral(":/icons/lock.svg"));
     if (renderer.isValid()) {
@@ -423,8 +408,28 @@ QImage NetworkObject::icon()
         constexpr int x = 1, y = 0, w = 17, h = 16;
         renderer.render(&painter, QRectF(x, kHeight - y - h, w, h));
     }
-    m_icon = image;
-    return m_icon;
+    return image;
+}
+
+} // namespace
+
+QImage NetworkObject::icon()
+{
+    if (!m_iconFixed) {
+        m_iconColor = m_color.isValid() ? m_color.rgba() : QColor(Qt::transparent).rgba();
+        m_iconOpen = m_cwNetwork && m_cwNetwork->supportsSecurity(kCWSecurityNone);
+        m_iconFixed = true;
+    }
+    // Only rows on screen ask for icons, and colours come in 5,000 steps: a small cache of
+    // drawn images shared by every record keeps this cheap without an image per record.
+    // Main thread only, like the records themselves.
+    static QCache<quint64, QImage> cache(512);
+    const quint64 key = (quint64(m_iconColor) << 1) | quint64(m_iconOpen);
+    if (const QImage *cached = cache.object(key))
+        return *cached;
+    const QImage image = drawIcon(m_iconColor, m_iconOpen);
+    cache.insert(key, new QImage(image));
+    return image;
 }
 
 // --- export rows ---

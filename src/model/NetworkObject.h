@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "model/SampleHistory.h"
 #include "wireless/CWNetwork.h"
 
 #include <QColor>
 #include <QDateTime>
 #include <QImage>
-#include <QList>
 #include <QString>
 
 #include <memory>
@@ -15,10 +15,10 @@
 class NetworkObject;
 using NetworkObjectRef = std::shared_ptr<NetworkObject>;
 
-// One history entry: a number, or std::nullopt as the gap marker for a missing sample.
-// Signal and noise are level fractions in single precision; SNR entries are doubles.
-using LevelSample = std::optional<float>;
-using SNRSample = std::optional<double>;
+// One history entry as read: a number, or std::nullopt for a missing sample. Signal and
+// noise are level fractions in single precision; SNR entries are doubles.
+using LevelSample = LevelHistory::Sample;
+using SNRSample = SNRHistory::Sample;
 
 // The record kept for one observed access point (one BSSID) for the life of the program:
 // the latest scan result, 301-entry histories of signal, noise and SNR with their
@@ -27,7 +27,7 @@ using SNRSample = std::optional<double>;
 class NetworkObject
 {
 public:
-    static constexpr int kHistoryCapacity = 301;
+    static constexpr int kHistoryCapacity = LevelHistory::kCapacity;
 
     NetworkObject() = default;
     Q_DISABLE_COPY_MOVE(NetworkObject)
@@ -69,7 +69,9 @@ public:
     // The same relative to `now`: one reading of the clock serves a whole list.
     QString lastSeenAt(const QDateTime &now) const;
     QString ibss() const;
-    QImage icon();            // 19 x 17, drawn on first request and kept
+    // 19 x 17; its colour and padlock are fixed at the first request. Records with the same
+    // colour and padlock share one image, so a large survey holds no image per record.
+    QImage icon();
 
     // Export rows.
     QString csvString() const;
@@ -102,12 +104,12 @@ public:
     void setMaxSNR(qint64 v) { m_maxSNR = v; }
     qint64 minSNR() const { return m_minSNR; }
     void setMinSNR(qint64 v) { m_minSNR = v; }
-    const QList<LevelSample> &signals() const { return m_signals; }
-    void setSignals(const QList<LevelSample> &v) { m_signals = v; }
-    const QList<LevelSample> &noises() const { return m_noises; }
-    void setNoises(const QList<LevelSample> &v) { m_noises = v; }
-    const QList<SNRSample> &SNRs() const { return m_SNRs; }
-    void setSNRs(const QList<SNRSample> &v) { m_SNRs = v; }
+    const LevelHistory &signals() const { return m_signals; }
+    void setSignals(const LevelHistory &v) { m_signals = v; }
+    const LevelHistory &noises() const { return m_noises; }
+    void setNoises(const LevelHistory &v) { m_noises = v; }
+    const SNRHistory &SNRs() const { return m_SNRs; }
+    void setSNRs(const SNRHistory &v) { m_SNRs = v; }
     qint64 channel() const { return m_channel; }
     void setChannel(qint64 v) { m_channel = v; }
     qint64 channelBand() const { return m_channelBand; }
@@ -141,9 +143,9 @@ private:
     qint64 m_avgSNR = 0;
     qint64 m_maxSNR = 0;
     qint64 m_minSNR = 0;
-    QList<LevelSample> m_signals;
-    QList<LevelSample> m_noises;
-    QList<SNRSample> m_SNRs;
+    LevelHistory m_signals;
+    LevelHistory m_noises;
+    SNRHistory m_SNRs;
     qint64 m_channel = 0;
     qint64 m_channelBand = 0;
     qint64 m_channelWidth = 0;
@@ -154,6 +156,8 @@ private:
     QColor m_color;
 
     CWNetworkRef m_cwNetwork;
-    QImage m_icon;
-    bool m_historiesCreated = false;
+    // What the icon showed at its first request: colour, padlock, and whether it was asked.
+    QRgb m_iconColor = 0;
+    bool m_iconOpen = false;
+    bool m_iconFixed = false;
 };

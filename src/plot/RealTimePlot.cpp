@@ -255,8 +255,8 @@ void RealTimePlot::resetRanges(const QChart *graph)
     m_graph->axes->setYRange(0.0, 1.0);
 }
 
-template <typename Sample>
-void RealTimePlot::setSamples(const QList<Sample> &data, const QString &identifier)
+template <typename Samples>
+void RealTimePlot::setSamples(const Samples &data, const QString &identifier)
 {
     QChart *first = firstGraph();
     if (!first)
@@ -269,7 +269,7 @@ void RealTimePlot::setSamples(const QList<Sample> &data, const QString &identifi
     QList<std::optional<double>> &stored = m_plotDatas[id];
     stored.clear();
     stored.reserve(data.size());
-    for (const Sample &sample : data)
+    for (const auto &sample : data)
         stored.append(sample ? std::optional<double>(double(*sample)) : std::nullopt);
     resetRanges(first);
     showData(plot);
@@ -281,6 +281,16 @@ void RealTimePlot::setData(const QList<LevelSample> &data, const QString &identi
 }
 
 void RealTimePlot::setData(const QList<SNRSample> &data, const QString &identifier)
+{
+    setSamples(data, identifier);
+}
+
+void RealTimePlot::setData(const LevelHistory &data, const QString &identifier)
+{
+    setSamples(data, identifier);
+}
+
+void RealTimePlot::setData(const SNRHistory &data, const QString &identifier)
 {
     setSamples(data, identifier);
 }

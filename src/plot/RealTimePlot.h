@@ -68,6 +68,8 @@ public:
     // stored (or converted) unless the graph has a series of that identifier.
     void setData(const QList<LevelSample> &data, const QString &identifier = QString());
     void setData(const QList<SNRSample> &data, const QString &identifier = QString());
+    void setData(const LevelHistory &data, const QString &identifier = QString());
+    void setData(const SNRHistory &data, const QString &identifier = QString());
 
     quint64 numberOfRecordsForPlot(const QString &plotIdentifier) const;
     // Field 0: x, the record index; field 1: y, the sample shown at that record (the SNR
@@ -98,8 +100,7 @@ private:
     void storeAndShow(const QString &identifier, QList<std::optional<double>> data);
     void showData(PlotSeries *plot);
     static QPen linePen(const QColor &color, double width);
-    template <typename Sample>
-    void setSamples(const QList<Sample> &data, const QString &identifier);
+    template <typename Samples> void setSamples(const Samples &data, const QString &identifier);
 
     PlotDelegate *m_delegate = nullptr;
     QHash<QString, QList<std::optional<double>>> m_plotDatas;

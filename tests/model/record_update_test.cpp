@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <deque>
 #include <vector>
 
 namespace {
@@ -203,6 +204,39 @@ TEST(NetworkObjectHistory, AbsentResultLeavesGapsAndKeepsStatistics)
     EXPECT_DOUBLE_EQ(rec->avgSignal(), expected);
     EXPECT_EQ(rec->name(), QStringLiteral("Home"));
     EXPECT_EQ(rec->lastUpdated(), kT0.addSecs(10));
+}
+
+TEST(NetworkObjectHistory, GapsKeepTheirPlaceOverManyLapsOfTheRing)
+{
+    // Against a plain list trimmed at the front: every entry, gap or number, stays in its
+    // place however often the ring has wrapped, and the statistics follow the window.
+    const NetworkObjectRef rec = NetworkObject::objectWithCWNetwork(NetworkBuilder(), kT0);
+    std::deque<LevelSample> expected{rec->signals().first()};
+    for (int i = 1; i < 1000; ++i) {
+        const bool gap = i % 7 == 3 || (i > 600 && i < 620);
+        const qint64 rssi = -30 - (i * 37) % 70;
+        rec->updateWithCWNetwork(gap ? nullptr : NetworkBuilder().rssi(rssi).build(), kT0);
+        expected.push_back(gap ? std::nullopt
+                               : LevelSample(NetworkObject::signalDBIAsPercentage(rssi)));
+        if (expected.size() > size_t(NetworkObject::kHistoryCapacity))
+            expected.pop_front();
+        if (i % 97 != 0 && i != 999)
+            continue;
+        const QList<LevelSample> signals = rec->signals().toList();
+        ASSERT_EQ(signals, QList<LevelSample>(expected.begin(), expected.end())) << "update " << i;
+        ASSERT_EQ(rec->SNRs().size(), signals.size());
+        double sum = 0.0, low = 1.0;
+        int count = 0;
+        for (const LevelSample &s : expected) {
+            if (s) {
+                sum += double(*s);
+                low = std::min(low, double(*s));
+                ++count;
+            }
+        }
+        EXPECT_DOUBLE_EQ(rec->avgSignal(), sum / count) << "update " << i;
+        EXPECT_DOUBLE_EQ(rec->minSignal(), low) << "update " << i;
+    }
 }
 
 TEST(NetworkObjectUpdate, OnlyTheFirstResultSetsTheBssid)

@@ -118,7 +118,7 @@ void TestViewScreenshots::views()
         } else {
             plot.renderInView(&host, nullptr, false);
             const NetworkObjectRef &network = m_delegate.networks().at(2);
-            QList<LevelSample> gapped = network->signals();
+            QList<LevelSample> gapped = network->signals().toList();
             gapped[100] = std::nullopt; // one missing sample breaks the lines
             plot.setData(gapped, QStringLiteral("s"));
             plot.setData(network->noises(), QStringLiteral("n"));

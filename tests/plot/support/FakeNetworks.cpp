@@ -52,9 +52,9 @@ NetworkList FakeNetworks::make(int count, int samples, quint32 seed, const QDate
             noises.append(float(noise));
             snrs.append((level - noise / 5.0) * 100.0);
         }
-        network->setSignals(levelHistory);
-        network->setNoises(noises);
-        network->setSNRs(snrs);
+        network->setSignals(LevelHistory::fromList(levelHistory));
+        network->setNoises(LevelHistory::fromList(noises));
+        network->setSNRs(SNRHistory::fromList(snrs));
 
         if (i % 5 == 4) {
             static const int k5GHz[] = {36, 40, 44, 48, 52, 100, 112, 136, 149, 157, 165};
