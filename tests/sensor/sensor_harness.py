@@ -4,10 +4,12 @@ Debian tools (skip locally with the apt-get line, fail in CI), starting the simu
 sensor and talking to it over loopback HTTP."""
 import json
 import os
+import re
 import shutil
 import socket
 import subprocess
 import sys
+import threading
 import urllib.error
 import urllib.request
 
@@ -34,14 +36,26 @@ def free_port():
 
 
 class Sensor:
-    """The simulated sensor, from start to kill; `url` ends with a slash."""
+    """A sensor program, from start to kill. It says where it serves on standard error
+    ("Serving the survey on http://127.0.0.1:PORT/ ..."); `url` ends with a slash."""
 
     def __init__(self, command):
-        self.process = subprocess.Popen(command, stdout=subprocess.PIPE, text=True)
-        self.url = self.process.stdout.readline().strip()
-        if not self.url.startswith("http://127.0.0.1:"):
+        env = dict(os.environ, QT_LOGGING_RULES="default.info=false")
+        self.process = subprocess.Popen(command, stdout=subprocess.DEVNULL,
+                                        stderr=subprocess.PIPE, text=True, env=env)
+        self.url = None
+        said = []
+        for line in self.process.stderr:
+            said.append(line)
+            match = re.search(r"http://127\.0\.0\.1:\d+/", line)
+            if match:
+                self.url = match.group(0)
+                break
+        if self.url is None:
             self.stop()
-            raise SystemExit(f"FAIL: the sensor did not start (said {self.url!r})")
+            raise SystemExit("FAIL: the sensor did not start; it said:\n" + "".join(said))
+        # Keep reading what it says, or it would block once the pipe is full.
+        threading.Thread(target=self.process.stderr.read, daemon=True).start()
 
     def get(self, path):
         with urllib.request.urlopen(self.url + path, timeout=10) as reply:
