@@ -3,8 +3,12 @@
 // histories: /metrics and /api/networks are built once per cycle, on the first request.
 #include "sensor/MetricsExposition.h"
 #include "sensor/SensorDocuments.h"
+#include "sensor/SensorServer.h"
 #include "sensor/SensorSource.h"
 #include "util/Clock.h"
+
+#include <QCoreApplication>
+#include <QTcpSocket>
 
 #include <benchmark/benchmark.h>
 
@@ -77,5 +81,46 @@ void BM_History(benchmark::State &state)
         benchmark::DoNotOptimize(SensorDocuments::history(source, "02:00:00:00:01:f3", &body));
 }
 BENCHMARK(BM_History)->Unit(benchmark::kMicrosecond);
+
+// A whole scrape of /metrics over loopback once the cycle's document is built: what a
+// request costs the thread that runs the cycle. Client and server share this thread, so
+// the figure is an upper bound of the server's part.
+void BM_ScrapeBuiltMetrics(benchmark::State &state)
+{
+    static int argc = 1;
+    static char name[] = "bench_sensor";
+    static char *argv[] = {name, nullptr};
+    static QCoreApplication app(argc, argv);
+    const BenchSource source(int(state.range(0)));
+    SensorServer server(&source);
+    QString error;
+    if (!server.start(QHostAddress::LocalHost, 0, &error)) {
+        state.SkipWithError(qPrintable(error));
+        return;
+    }
+    QTcpSocket client;
+    client.connectToHost(QHostAddress::LocalHost, server.port());
+    client.waitForConnected(2000);
+    const QByteArray request = "GET /metrics HTTP/1.1\r\nHost: bench\r\n\r\n";
+    auto scrape = [&] {
+        client.write(request);
+        QByteArray reply;
+        qsizetype expected = -1;
+        while (expected < 0 || reply.size() < expected) {
+            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+            reply += client.readAll();
+            const qsizetype head = reply.indexOf("\r\n\r\n");
+            const qsizetype at = reply.indexOf("Content-Length: ");
+            if (expected < 0 && head > 0 && at > 0)
+                expected =
+                    head + 4 + reply.mid(at + 16, reply.indexOf("\r\n", at) - at - 16).toLongLong();
+        }
+        return reply.size();
+    };
+    scrape(); // builds the document
+    for (auto _ : state)
+        benchmark::DoNotOptimize(scrape());
+}
+BENCHMARK(BM_ScrapeBuiltMetrics)->Arg(1000)->Unit(benchmark::kMicrosecond);
 
 } // namespace
