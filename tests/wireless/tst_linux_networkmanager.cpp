@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The Linux backend's NetworkManager and polkit side against python-dbusmock daemons on a
 // private bus: power, joining (open, WEP, WPA2, 802.1X, saved), ad-hoc, disconnect, saved
-// profiles, authorization and a daemon that goes away and comes back.
+// profiles, authorization and a daemon that goes away and comes back. The long actions
+// answer through completions; every answer is counted, and cleanup() fails a test whose
+// actions were answered twice, even after the daemons have gone.
 
 #include "wireless/CWKeys.h"
 #include "wireless/CWTypes.h"
@@ -17,6 +19,7 @@
 #include <QDBusMetaType>
 #include <QDBusVariant>
 #include <QDeadlineTimer>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -26,7 +29,9 @@
 #include <QTemporaryDir>
 #include <QTest>
 #include <QThread>
+#include <QTimer>
 
+#include <functional>
 #include <memory>
 
 namespace {
@@ -60,6 +65,13 @@ CWNetworkRef network(const QByteArray &ssid, unsigned securities, std::optional<
     return CWNetwork::create(d);
 }
 
+// What came back through one completion.
+struct Answer
+{
+    int count = 0;
+    CWError error;
+};
+
 } // namespace
 
 class TestLinuxNetworkManager : public QObject
@@ -76,6 +88,11 @@ private Q_SLOTS:
     void join_data();
     void join();
     void joinSavedConnection();
+    void lateAnswers_data();
+    void lateAnswers();
+    void oneJoinAtATime();
+    void daemonVanishesMidJoin_data();
+    void daemonVanishesMidJoin();
     void adhoc_data();
     void adhoc();
     void disconnect();
@@ -83,9 +100,19 @@ private Q_SLOTS:
     void savedProfiles();
     void authorization_data();
     void authorization();
+    void authorizationAnsweredLate_data();
+    void authorizationAnsweredLate();
     void daemonDisappears();
 
 private:
+    using Action = std::function<void(NmConnector::Completion)>;
+    // Starts an action and returns its answer record at once.
+    std::shared_ptr<Answer> start(const Action &action);
+    // Runs an action and waits in the test's event loop for its answer.
+    CWError run(const Action &action, int timeoutMs = 10000);
+    static bool waitFor(const std::shared_ptr<Answer> &answer, int timeoutMs = 10000);
+    std::unique_ptr<LinuxBackend> makeBackend();
+    void polkitCall(const QString &method, const QVariantList &args);
     bool startMock(QProcess &process, const QStringList &templateArgs, const QString &service);
     void stopMock(QProcess &process);
     QVariant mockCall(const QString &method, const QVariantList &args = {});
@@ -98,6 +125,7 @@ private:
     QProcess m_daemon;
     QProcess m_nmMock;
     QProcess m_polkitMock;
+    QList<std::shared_ptr<Answer>> m_answers;
     std::unique_ptr<QDBusConnection> m_bus;
     NetworkManagerClient *m_nm = nullptr;
     NmSavedProfiles *m_profiles = nullptr;
@@ -198,16 +226,69 @@ void TestLinuxNetworkManager::init()
 
 void TestLinuxNetworkManager::cleanup()
 {
+    // The daemons leave while the connector still listens: an action that had already
+    // answered must not answer again when it hears of that.
+    stopMock(m_nmMock);
+    stopMock(m_polkitMock);
+    // Let the bus notice the names are gone before the next test starts new owners.
+    QTRY_VERIFY(!m_bus->interface()->isServiceRegistered(kNmService).value());
+    QTest::qWait(100);
+    const QList<std::shared_ptr<Answer>> answers = std::exchange(m_answers, {});
     delete m_connector;
     delete m_profiles;
     delete m_nm;
     m_connector = nullptr;
     m_profiles = nullptr;
     m_nm = nullptr;
-    stopMock(m_nmMock);
-    stopMock(m_polkitMock);
-    // Let the bus notice the names are gone before the next test starts new owners.
-    QTRY_VERIFY(!m_bus->interface()->isServiceRegistered(kNmService).value());
+    for (const auto &answer : answers)
+        QVERIFY2(answer->count <= 1, qPrintable(QStringLiteral("answered %1 times: %2")
+                                                    .arg(answer->count)
+                                                    .arg(answer->error.localizedDescription())));
+}
+
+std::shared_ptr<Answer> TestLinuxNetworkManager::start(const Action &action)
+{
+    auto answer = std::make_shared<Answer>();
+    m_answers.append(answer);
+    action([answer](const CWError &error) {
+        ++answer->count;
+        answer->error = error;
+    });
+    return answer;
+}
+
+bool TestLinuxNetworkManager::waitFor(const std::shared_ptr<Answer> &answer, int timeoutMs)
+{
+    QDeadlineTimer deadline(timeoutMs);
+    while (answer->count == 0 && !deadline.hasExpired())
+        QTest::qWait(10);
+    return answer->count > 0;
+}
+
+CWError TestLinuxNetworkManager::run(const Action &action, int timeoutMs)
+{
+    const auto answer = start(action);
+    if (!waitFor(answer, timeoutMs))
+        return CWError(-1, QStringLiteral("(no answer)"));
+    return answer->error;
+}
+
+std::unique_ptr<LinuxBackend> TestLinuxNetworkManager::makeBackend()
+{
+    LinuxBackend::Options options;
+    options.bus = *m_bus;
+    options.networkManagerService = kNmService;
+    options.polkitService = kPolkitService;
+    return std::make_unique<LinuxBackend>(options);
+}
+
+void TestLinuxNetworkManager::polkitCall(const QString &method, const QVariantList &args)
+{
+    QDBusMessage msg = QDBusMessage::createMethodCall(
+        kPolkitService, QStringLiteral("/org/freedesktop/PolicyKit1/Authority"), kMockIface,
+        method);
+    msg.setArguments(args);
+    QCOMPARE(m_bus->call(msg).type(), QDBusMessage::ReplyMessage);
 }
 
 QVariant TestLinuxNetworkManager::mockCall(const QString &method, const QVariantList &args)
@@ -236,12 +317,14 @@ int TestLinuxNetworkManager::counter(const QString &name)
 
 void TestLinuxNetworkManager::power()
 {
-    CWError error;
-    QVERIFY(m_connector->setPower(false, &error));
+    CWError error = run([&](auto done) { m_connector->setPower(false, done); });
     QVERIFY(error.isNull());
     QCOMPARE(m_nm->wirelessEnabled(), std::optional<bool>(false));
-    QVERIFY(m_connector->setPower(true, &error));
+    QVERIFY(run([&](auto done) { m_connector->setPower(true, done); }).isNull());
     QCOMPARE(m_nm->wirelessEnabled(), std::optional<bool>(true));
+    // The synchronous form, for callers that need the answer before going on.
+    QVERIFY(m_connector->setPower(false, &error));
+    QCOMPARE(m_nm->wirelessEnabled(), std::optional<bool>(false));
 
     // A hardware switch in the off position: NetworkManager cannot help.
     QDBusMessage set = QDBusMessage::createMethodCall(
@@ -254,6 +337,11 @@ void TestLinuxNetworkManager::power()
     QCOMPARE(error.localizedDescription(),
              QStringLiteral("Wi-Fi is switched off by a hardware switch"));
     QCOMPARE(error.code(), int(kCWErrorPoweredOff));
+    error = run([&](auto done) { m_connector->setPower(true, done); });
+    QCOMPARE(error.localizedDescription(),
+             QStringLiteral("Wi-Fi is switched off by a hardware switch"));
+    QCOMPARE(error.code(), int(kCWErrorPoweredOff));
+    QCOMPARE(m_nm->wirelessEnabled(), std::optional<bool>(false));
 }
 
 void TestLinuxNetworkManager::join_data()
@@ -324,10 +412,12 @@ void TestLinuxNetworkManager::join()
         parameters.insert(kCWAssocKeyPassphrase, passphrase);
     }
     const auto net = network(QByteArrayLiteral("caf\xc3\xa9\tnet"), securities, mode);
-    CWError error;
-    const bool ok = m_connector->associate(QStringLiteral("wlan0"), *net, parameters, &error);
-    QCOMPARE(ok, expectedError.isEmpty());
+    const CWError error = run([&](auto done) {
+        m_connector->associate(QStringLiteral("wlan0"), *net, parameters, done);
+    });
     QCOMPARE(error.localizedDescription(), expectedError);
+    QCOMPARE(error.isNull(), expectedError.isEmpty());
+    QVERIFY(!m_connector->isJoining(QStringLiteral("wlan0")));
     if (expectedKeyMgmt.isEmpty() && !expectedError.isEmpty() && outcome[0] == 2)
         return; // refused before NetworkManager was asked
 
@@ -378,16 +468,21 @@ void TestLinuxNetworkManager::joinSavedConnection()
     QVERIFY(!path.isEmpty());
     mockCall(QStringLiteral("AddAccessPoint"), {QStringLiteral("02:00:00:00:01:00"), 0x188u});
 
-    CWError error;
-    QVERIFY(m_connector->associate(QStringLiteral("wlan0"),
-                                   *network("home", 1u << kCWSecurityWPA2Personal, 3), {}, &error));
+    const auto home = network("home", 1u << kCWSecurityWPA2Personal, 3);
+    QCOMPARE(run([&](auto done) {
+                 m_connector->associate(QStringLiteral("wlan0"), *home, {}, done);
+             }).localizedDescription(),
+             QString());
     QCOMPARE(mockCall(QStringLiteral("LastActivated")).toString(), path);
     QCOMPARE(counter(QStringLiteral("addandactivate")), 0);
 
     // A new passphrase replaces the saved one: same entry, same name, no second one.
-    QVERIFY(m_connector->associate(
-        QStringLiteral("wlan0"), *network("home", 1u << kCWSecurityWPA2Personal, 3),
-        {{kCWAssocKeyPassphrase, QStringLiteral("new passphrase")}}, &error));
+    QCOMPARE(run([&](auto done) {
+                 m_connector->associate(QStringLiteral("wlan0"), *home,
+                                        {{kCWAssocKeyPassphrase, QStringLiteral("new passphrase")}},
+                                        done);
+             }).localizedDescription(),
+             QString());
     QCOMPARE(counter(QStringLiteral("addandactivate")), 0);
     QCOMPARE(mockCall(QStringLiteral("LastActivated")).toString(), path);
     const QJsonObject updated =
@@ -403,11 +498,141 @@ void TestLinuxNetworkManager::joinSavedConnection()
         QStringLiteral("new passphrase"));
 
     // A network without a saved connection gets a new one.
-    QVERIFY(m_connector->associate(QStringLiteral("wlan0"),
-                                   *network("cafe", 1u << kCWSecurityWPA2Personal, 3),
-                                   {{kCWAssocKeyPassphrase, QStringLiteral("espresso")}}, &error));
+    const auto cafe = network("cafe", 1u << kCWSecurityWPA2Personal, 3);
+    QCOMPARE(run([&](auto done) {
+                 m_connector->associate(QStringLiteral("wlan0"), *cafe,
+                                        {{kCWAssocKeyPassphrase, QStringLiteral("espresso")}},
+                                        done);
+             }).localizedDescription(),
+             QString());
     QCOMPARE(counter(QStringLiteral("addandactivate")), 1);
     QVERIFY(lastSettings().value(QStringLiteral("_specific")).toString().contains(u"AccessPoint"));
+}
+
+void TestLinuxNetworkManager::lateAnswers_data()
+{
+    QTest::addColumn<QString>("action");
+    QTest::addColumn<uint>("replyDelay");     // of the activation call itself
+    QTest::addColumn<QList<uint>>("outcome"); // active state, reason, device reason, delay
+    QTest::addColumn<QString>("expectedError");
+
+    const QList<uint> slowOk{2, 1, 0, 600};
+    QTest::newRow("join, slow network") << QStringLiteral("join") << 0u << slowOk << QString();
+    QTest::newRow("join, slow daemon")
+        << QStringLiteral("join") << 600u << QList<uint>{2, 1, 0, 700} << QString();
+    // The outcome signals come before the reply that names the active connection.
+    QTest::newRow("join, joined before the reply")
+        << QStringLiteral("join") << 500u << QList<uint>{2, 1, 0, 50} << QString();
+    QTest::newRow("join, refused before the reply")
+        << QStringLiteral("join") << 500u << QList<uint>{4, 3, 7, 50}
+        << QStringLiteral("The passphrase was rejected");
+    QTest::newRow("saved network, slow daemon")
+        << QStringLiteral("saved") << 500u << slowOk << QString();
+    QTest::newRow("ad-hoc, slow") << QStringLiteral("adhoc") << 400u << slowOk << QString();
+}
+
+void TestLinuxNetworkManager::lateAnswers()
+{
+    QFETCH(QString, action);
+    QFETCH(uint, replyDelay);
+    QFETCH(QList<uint>, outcome);
+    QFETCH(QString, expectedError);
+
+    if (action == u"saved") {
+        NmSettings saved;
+        saved[QStringLiteral("connection")] = {{QStringLiteral("id"), QStringLiteral("Home")}};
+        saved[QStringLiteral("802-11-wireless")] = {{QStringLiteral("ssid"), QByteArray("home")}};
+        mockCall(QStringLiteral("AddSavedConnection"),
+                 {QVariant::fromValue(saved), QVariant::fromValue(NmSettings())});
+    }
+    m_connector->setActivationTimeout(5000);
+    mockCall(QStringLiteral("SetOutcome"), {outcome[0], outcome[1], outcome[2], outcome[3]});
+    mockCall(QStringLiteral("SetReplyDelay"), {replyDelay});
+
+    // Stands for the window's clock: it must keep ticking while the join is out.
+    int ticks = 0;
+    QTimer ticker;
+    connect(&ticker, &QTimer::timeout, [&] { ++ticks; });
+    ticker.start(20);
+    const auto net = network(action == u"saved" ? "home" : "late", 1, 0);
+    QElapsedTimer clock;
+    clock.start();
+    const auto answer = start([&](auto done) {
+        if (action == u"adhoc")
+            m_connector->enableIBSS(QStringLiteral("wlan0"),
+                                    {{kCWIBSSKeySSID, QStringLiteral("late")}}, {}, done);
+        else
+            m_connector->associate(QStringLiteral("wlan0"), *net, {}, done);
+    });
+    // Nothing was run in between: no answer, no tick before the call returned.
+    QCOMPARE(answer->count, 0);
+    QCOMPARE(ticks, 0);
+    QVERIFY(waitFor(answer));
+    const qint64 waited = clock.elapsed();
+    QCOMPARE(answer->error.localizedDescription(), expectedError);
+    QVERIFY2(waited >= std::min<qint64>(replyDelay, outcome[3]) - 50,
+             qPrintable(QString::number(waited)));
+    QVERIFY2(ticks >= 10, qPrintable(QStringLiteral("%1 ticks in %2 ms").arg(ticks).arg(waited)));
+    QTest::qWait(300); // later signals of the same activation change nothing
+    QCOMPARE(answer->count, 1);
+    QVERIFY(!m_connector->isJoining(QStringLiteral("wlan0")));
+}
+
+void TestLinuxNetworkManager::oneJoinAtATime()
+{
+    mockCall(QStringLiteral("SetOutcome"), {2u, 1u, 0u, 600u});
+    const auto a = network("first", 1, 0);
+    const auto b = network("second", 1, 0);
+    const auto first =
+        start([&](auto done) { m_connector->associate(QStringLiteral("wlan0"), *a, {}, done); });
+    const auto second =
+        start([&](auto done) { m_connector->associate(QStringLiteral("wlan0"), *b, {}, done); });
+    const auto adhoc = start([&](auto done) {
+        m_connector->enableIBSS(QStringLiteral("wlan0"), {}, QStringLiteral("host"), done);
+    });
+    for (const auto &refused : {second, adhoc}) {
+        QCOMPARE(refused->count, 1);
+        QCOMPARE(refused->error.localizedDescription(),
+                 QStringLiteral("wlan0 is still joining another network"));
+        QCOMPARE(refused->error.code(), int(kCWErrorBusy));
+    }
+    QCOMPARE(first->count, 0);
+    QVERIFY(waitFor(first));
+    QVERIFY(first->error.isNull());
+    QCOMPARE(counter(QStringLiteral("addandactivate")), 1);
+    // Once it is over, the next one goes ahead.
+    QCOMPARE(run([&](auto done) {
+                 m_connector->associate(QStringLiteral("wlan0"), *b, {}, done);
+             }).localizedDescription(),
+             QString());
+    QCOMPARE(counter(QStringLiteral("addandactivate")), 2);
+}
+
+void TestLinuxNetworkManager::daemonVanishesMidJoin_data()
+{
+    QTest::addColumn<uint>("replyDelay");
+    QTest::newRow("while the network is asked") << 0u;
+    QTest::newRow("before NetworkManager replied") << 20000u;
+}
+
+void TestLinuxNetworkManager::daemonVanishesMidJoin()
+{
+    QFETCH(uint, replyDelay);
+    m_connector->setActivationTimeout(20000);
+    mockCall(QStringLiteral("SetOutcome"), {0u, 0u, 0u, 0u}); // never answers
+    mockCall(QStringLiteral("SetReplyDelay"), {replyDelay});
+    const auto net = network("gone", 1, 0);
+    const auto answer =
+        start([&](auto done) { m_connector->associate(QStringLiteral("wlan0"), *net, {}, done); });
+    QTest::qWait(300);
+    QCOMPARE(answer->count, 0);
+    stopMock(m_nmMock);
+    QVERIFY(waitFor(answer, 5000));
+    QCOMPARE(answer->error.localizedDescription(), QStringLiteral("NetworkManager is not running"));
+    QCOMPARE(answer->error.code(), int(kCWErrorServiceUnavailable));
+    QTest::qWait(200);
+    QCOMPARE(answer->count, 1);
+    QVERIFY(!m_connector->isJoining(QStringLiteral("wlan0")));
 }
 
 void TestLinuxNetworkManager::adhoc_data()
@@ -447,12 +672,12 @@ void TestLinuxNetworkManager::adhoc()
     QFETCH(int, expectedChannel);
     QFETCH(QString, expectedBand);
 
-    CWError error;
-    const bool ok = m_connector->enableIBSS(QStringLiteral("wlan0"), parameters,
-                                            QStringLiteral("this-host"), &error);
+    const CWError error = run([&](auto done) {
+        m_connector->enableIBSS(QStringLiteral("wlan0"), parameters, QStringLiteral("this-host"),
+                                done);
+    });
     QCOMPARE(error.localizedDescription(), expectedError);
-    QCOMPARE(ok, expectedError.isEmpty());
-    if (!ok) {
+    if (!error.isNull()) {
         QCOMPARE(counter(QStringLiteral("addandactivate")), 0);
         return;
     }
@@ -581,16 +806,80 @@ void TestLinuxNetworkManager::authorization()
         stopMock(m_polkitMock);
         QTRY_VERIFY(!m_bus->interface()->isServiceRegistered(kPolkitService).value());
     }
-    LinuxBackend::Options options;
-    options.bus = *m_bus;
-    options.networkManagerService = kNmService;
-    options.polkitService = kPolkitService;
-    LinuxBackend backend(options);
-    CWError error;
-    QCOMPARE(backend.obtainAuthorization(QStringLiteral("system.preferences"), 19, &error),
+    // The prompting form and the quiet synchronous one, each on a backend of its own (a
+    // backend keeps a granted authorization for a while).
+    const auto backend = makeBackend();
+    CWError error = run([&](auto done) {
+        backend->obtainAuthorizationAsync(QStringLiteral("system.preferences"), 19, done);
+    });
+    QVERIFY2(error.localizedDescription().startsWith(expectedErrorStart),
+             qPrintable(error.localizedDescription()));
+    QCOMPARE(error.isNull(), expected);
+    QCOMPARE(makeBackend()->obtainAuthorization(QStringLiteral("system.preferences"), 19, &error),
              expected);
     QVERIFY(error.localizedDescription().startsWith(expectedErrorStart));
     QCOMPARE(error.isNull(), expected);
+}
+
+void TestLinuxNetworkManager::authorizationAnsweredLate_data()
+{
+    QTest::addColumn<bool>("allowed");
+    QTest::addColumn<int>("releaseAfterMs"); // -1: nobody at the prompt answers
+    QTest::addColumn<QString>("expectedError");
+
+    QTest::newRow("granted after a while") << true << 500 << QString();
+    QTest::newRow("refused after a while")
+        << false << 500
+        << QStringLiteral(
+               "Not permitted: the system's policy does not let this user control the network");
+    QTest::newRow("nobody answers")
+        << true << -1 << QStringLiteral("Not permitted: the authorization request timed out");
+}
+
+void TestLinuxNetworkManager::authorizationAnsweredLate()
+{
+    QFETCH(bool, allowed);
+    QFETCH(int, releaseAfterMs);
+    QFETCH(QString, expectedError);
+
+    polkitCall(QStringLiteral("SetAllowed"),
+               {QStringList{allowed ? PolkitClient::networkControlAction() : QString()}});
+    polkitCall(QStringLiteral("SimulateHang"), {true}); // the prompt is up, the user reads
+    const auto backend = makeBackend();
+    backend->setAuthorizationPromptTimeout(1000);
+    int ticks = 0;
+    QTimer ticker;
+    connect(&ticker, &QTimer::timeout, [&] { ++ticks; });
+    ticker.start(20);
+    // Two callers ask while the prompt is up; both get the one answer.
+    QList<std::shared_ptr<Answer>> answers;
+    for (int i = 0; i < 2; ++i)
+        answers.append(start([&](auto done) {
+            backend->obtainAuthorizationAsync(QStringLiteral("system.preferences"), 19, done);
+        }));
+    QCOMPARE(answers[0]->count, 0);
+    QCOMPARE(ticks, 0);
+    if (releaseAfterMs >= 0) {
+        QTest::qWait(releaseAfterMs);
+        QCOMPARE(answers[0]->count, 0);
+        polkitCall(QStringLiteral("ReleaseHangingCalls"), {});
+    }
+    for (const auto &answer : answers) {
+        QVERIFY(waitFor(answer, 5000));
+        QCOMPARE(answer->error.localizedDescription(), expectedError);
+    }
+    QVERIFY2(ticks >= 20, qPrintable(QString::number(ticks)));
+    if (expectedError.isEmpty()) {
+        // Granted a moment ago: the next cycle does not ask polkit again.
+        const auto again = start([&](auto done) {
+            backend->obtainAuthorizationAsync(QStringLiteral("system.preferences"), 19, done);
+        });
+        QCOMPARE(again->count, 1);
+        QVERIFY(again->error.isNull());
+    }
+    QTest::qWait(200);
+    for (const auto &answer : answers)
+        QCOMPARE(answer->count, 1);
 }
 
 void TestLinuxNetworkManager::daemonDisappears()
@@ -603,8 +892,12 @@ void TestLinuxNetworkManager::daemonDisappears()
     QVERIFY(!m_connector->setPower(false, &error));
     QCOMPARE(error.localizedDescription(), QStringLiteral("NetworkManager is not running"));
     QCOMPARE(error.code(), int(kCWErrorServiceUnavailable));
-    QVERIFY(!m_connector->associate(QStringLiteral("wlan0"), *network("x", 1, 0), {}, &error));
+    error = run([&](auto done) { m_connector->setPower(false, done); });
     QCOMPARE(error.localizedDescription(), QStringLiteral("NetworkManager is not running"));
+    const auto x = network("x", 1, 0);
+    error = run([&](auto done) { m_connector->associate(QStringLiteral("wlan0"), *x, {}, done); });
+    QCOMPARE(error.localizedDescription(), QStringLiteral("NetworkManager is not running"));
+    QCOMPARE(error.code(), int(kCWErrorServiceUnavailable));
     QVERIFY(!m_nm->wirelessEnabled(&error));
     QCOMPARE(error.localizedDescription(), QStringLiteral("NetworkManager is not running"));
     QVERIFY(m_profiles->user8021XProfiles().isEmpty());
@@ -613,9 +906,12 @@ void TestLinuxNetworkManager::daemonDisappears()
     const QString nmTemplate = QString::fromUtf8(qgetenv("CORVANE_SOURCE_DIR")) +
                                QStringLiteral("/tests/wireless/dbusmock/networkmanager.py");
     QVERIFY(startMock(m_nmMock, {QStringLiteral("-t"), nmTemplate}, kNmService));
-    QVERIFY(m_connector->setPower(false, &error));
+    QVERIFY(run([&](auto done) { m_connector->setPower(false, done); }).isNull());
     QCOMPARE(m_nm->wirelessEnabled(), std::optional<bool>(false));
-    QVERIFY(m_connector->associate(QStringLiteral("wlan0"), *network("x", 1, 0), {}, &error));
+    QCOMPARE(run([&](auto done) {
+                 m_connector->associate(QStringLiteral("wlan0"), *x, {}, done);
+             }).localizedDescription(),
+             QString());
 }
 
 QTEST_GUILESS_MAIN(TestLinuxNetworkManager)

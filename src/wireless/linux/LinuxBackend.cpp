@@ -23,6 +23,7 @@
 
 #include <cerrno>
 #include <cmath>
+#include <utility>
 
 namespace {
 
@@ -96,9 +97,10 @@ LinuxBackend::LinuxBackend(const Options &options)
     m_nm = new NetworkManagerClient(options.bus, nmService, this);
     m_profiles = new NmSavedProfiles(m_nm, this);
     m_connector = new NmConnector(m_nm, m_profiles, this);
-    m_polkit = std::make_unique<PolkitClient>(options.bus, options.polkitService.isEmpty()
-                                                               ? PolkitClient::defaultService()
-                                                               : options.polkitService);
+    m_polkit = new PolkitClient(options.bus,
+                                options.polkitService.isEmpty() ? PolkitClient::defaultService()
+                                                                : options.polkitService,
+                                this);
     m_events = new Nl80211EventWatcher(this);
 
     connect(m_nm, &NetworkManagerClient::deviceStateChanged, this,
@@ -157,17 +159,51 @@ QList<CW8021XProfileRef> LinuxBackend::allUser8021XProfiles() const
     return m_nm->isRunning() ? m_profiles->user8021XProfiles() : QList<CW8021XProfileRef>{};
 }
 
-bool LinuxBackend::obtainAuthorization(const QString &right, quint32 flags, CWError *error)
+bool LinuxBackend::obtainAuthorization(const QString &right, quint32, CWError *error)
 {
     CWError::reset(error);
     if (m_authorizedAt.isValid() && m_authorizedAt.elapsed() < kAuthorizationKeepMs)
         return true;
-    qCDebug(lcLinux) << "authorization for" << right << "as network control";
-    const bool interactive = flags & 1u;
-    if (!m_polkit->checkAuthorization(PolkitClient::networkControlAction(), interactive, error))
+    qCDebug(lcLinux) << "quiet authorization for" << right << "as network control";
+    if (!m_polkit->checkAuthorization(PolkitClient::networkControlAction(), error))
         return false;
     m_authorizedAt.start();
     return true;
+}
+
+void LinuxBackend::obtainAuthorizationAsync(const QString &right, quint32 flags, Completion done)
+{
+    if (m_authorizedAt.isValid() && m_authorizedAt.elapsed() < kAuthorizationKeepMs) {
+        done({});
+        return;
+    }
+    const bool interactive = flags & 1u;
+    QList<Completion> &waiters = m_authorizationWaiters[interactive ? 1 : 0];
+    waiters.append(std::move(done));
+    if (waiters.size() > 1)
+        return; // the question is out already
+    qCDebug(lcLinux) << "authorization for" << right << "as network control";
+    m_polkit->checkAuthorization(PolkitClient::networkControlAction(), interactive,
+                                 [this, interactive](const CWError &error) {
+                                     if (error.isNull())
+                                         m_authorizedAt.start();
+                                     // A waiter may ask again from its completion: that is a new
+                                     // question.
+                                     const QList<Completion> answered = std::exchange(
+                                         m_authorizationWaiters[interactive ? 1 : 0], {});
+                                     for (const Completion &waiter : answered)
+                                         waiter(error);
+                                 });
+}
+
+void LinuxBackend::setActivationTimeout(int msec)
+{
+    m_connector->setActivationTimeout(msec);
+}
+
+void LinuxBackend::setAuthorizationPromptTimeout(int msec)
+{
+    m_polkit->setInteractiveTimeout(msec);
 }
 
 bool LinuxBackend::powerOn(const QString &name) const
@@ -381,19 +417,45 @@ QList<CWNetworkRef> LinuxBackend::scanForNetworks(const QString &name, const QVa
     return LinuxScanResults::networks(bsses, noise, lookup);
 }
 
-bool LinuxBackend::setPower(const QString &name, bool on, CWError *error)
+bool LinuxBackend::powerSwitchRefuses(const QString &name, bool on, CWError *error) const
 {
-    CWError::reset(error);
     if (failIfUnknown(name, error))
-        return false;
+        return true;
     if (on && m_sysfs.rfkill(name).hardBlocked) {
         CWError::set(error, kCWErrorPoweredOff,
                      QStringLiteral("Wi-Fi is switched off by a hardware switch"));
-        return false;
+        return true;
     }
+    return false;
+}
+
+WirelessBackend::Completion LinuxBackend::refreshingThen(Completion done)
+{
+    // The connector, and with it this completion, goes before the backend does.
+    return [this, done = std::move(done)](const CWError &error) {
+        invalidate();
+        done(error);
+    };
+}
+
+bool LinuxBackend::setPower(const QString &name, bool on, CWError *error)
+{
+    CWError::reset(error);
+    if (powerSwitchRefuses(name, on, error))
+        return false;
     const bool ok = m_connector->setPower(on, error);
     invalidate();
     return ok;
+}
+
+void LinuxBackend::setPowerAsync(const QString &name, bool on, Completion done)
+{
+    CWError error;
+    if (powerSwitchRefuses(name, on, &error)) {
+        done(error);
+        return;
+    }
+    m_connector->setPower(on, refreshingThen(std::move(done)));
 }
 
 bool LinuxBackend::setChannel(const QString &name, quint64 channel, CWError *error)
@@ -446,27 +508,29 @@ void LinuxBackend::disassociate(const QString &name)
     invalidate();
 }
 
-bool LinuxBackend::associateToNetwork(const QString &name, const CWNetworkRef &network,
-                                      const QVariantMap &parameters, CWError *error)
+void LinuxBackend::associateToNetworkAsync(const QString &name, const CWNetworkRef &network,
+                                           const QVariantMap &parameters, Completion done)
 {
-    CWError::reset(error);
-    if (failIfUnknown(name, error))
-        return false;
-    if (!network) {
-        CWError::set(error, kCWErrorInvalidParameter, QStringLiteral("No network was chosen"));
-        return false;
+    CWError error;
+    if (failIfUnknown(name, &error)) {
+        done(error);
+        return;
     }
-    const bool ok = m_connector->associate(name, *network, parameters, error);
-    invalidate();
-    return ok;
+    if (!network) {
+        done(CWError(kCWErrorInvalidParameter, QStringLiteral("No network was chosen")));
+        return;
+    }
+    m_connector->associate(name, *network, parameters, refreshingThen(std::move(done)));
 }
 
-bool LinuxBackend::enableIBSS(const QString &name, const QVariantMap &parameters, CWError *error)
+void LinuxBackend::enableIBSSAsync(const QString &name, const QVariantMap &parameters,
+                                   Completion done)
 {
-    CWError::reset(error);
-    if (failIfUnknown(name, error))
-        return false;
-    const bool ok = m_connector->enableIBSS(name, parameters, QSysInfo::machineHostName(), error);
-    invalidate();
-    return ok;
+    CWError error;
+    if (failIfUnknown(name, &error)) {
+        done(error);
+        return;
+    }
+    m_connector->enableIBSS(name, parameters, QSysInfo::machineHostName(),
+                            refreshingThen(std::move(done)));
 }

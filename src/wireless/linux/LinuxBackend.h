@@ -22,7 +22,9 @@ class PolkitClient;
 
 // The Linux radio: the kernel's nl80211 for everything read, NetworkManager for every
 // change (power, joining, ad-hoc, disconnect) and polkit for the authorization. Scans
-// return the kernel's cache at once and ask for fresh results in the background.
+// return the kernel's cache at once and ask for fresh results in the background. Joins,
+// ad-hoc networks, the Wi-Fi switch and the authorization prompt answer through their
+// completions once the daemons have; the synchronous join forms are refused.
 class LinuxBackend final : public WirelessBackend
 {
     Q_OBJECT
@@ -47,7 +49,9 @@ public:
     QString backendName() const override { return QStringLiteral("linux"); }
     QStringList interfaceNames() const override;
     QList<CW8021XProfileRef> allUser8021XProfiles() const override;
+    // Never prompts (the asynchronous form does): a quiet question polkit answers at once.
     bool obtainAuthorization(const QString &right, quint32 flags, CWError *error) override;
+    void obtainAuthorizationAsync(const QString &right, quint32 flags, Completion done) override;
 
     bool powerOn(const QString &name) const override;
     std::optional<QString> ssid(const QString &name) const override;
@@ -69,9 +73,16 @@ public:
     bool setPower(const QString &name, bool on, CWError *error) override;
     bool setChannel(const QString &name, quint64 channel, CWError *error) override;
     void disassociate(const QString &name) override;
-    bool associateToNetwork(const QString &name, const CWNetworkRef &network,
-                            const QVariantMap &parameters, CWError *error) override;
-    bool enableIBSS(const QString &name, const QVariantMap &parameters, CWError *error) override;
+    void setPowerAsync(const QString &name, bool on, Completion done) override;
+    void associateToNetworkAsync(const QString &name, const CWNetworkRef &network,
+                                 const QVariantMap &parameters, Completion done) override;
+    void enableIBSSAsync(const QString &name, const QVariantMap &parameters,
+                         Completion done) override;
+
+    // How long a join may take before it is given up (tests shorten it).
+    void setActivationTimeout(int msec);
+    // How long a person at polkit's password prompt is given.
+    void setAuthorizationPromptTimeout(int msec);
 
     bool nl80211Available() const;
     QString nl80211UnavailableReason() const;
@@ -79,6 +90,9 @@ public:
 private:
     void invalidate();
     bool failIfUnknown(const QString &name, CWError *error) const;
+    bool powerSwitchRefuses(const QString &name, bool on, CWError *error) const;
+    // The completion a radio action's caller gets: the link state is read afresh first.
+    Completion refreshingThen(Completion done);
     void requestFreshResults(const Nl80211Interface &iface);
     void emitLinkChanged(const QString &name);
 
@@ -89,7 +103,10 @@ private:
     NmSavedProfiles *m_profiles = nullptr;
     NmConnector *m_connector = nullptr;
     Nl80211EventWatcher *m_events = nullptr;
-    std::unique_ptr<PolkitClient> m_polkit;
+    PolkitClient *m_polkit = nullptr;
+    // Callers waiting for the authorization being asked for, quiet [0] and with a prompt
+    // [1]: one question to polkit answers everyone who asked meanwhile.
+    QList<Completion> m_authorizationWaiters[2];
     SysfsReader m_sysfs;
 
     QHash<int, QElapsedTimer> m_lastTrigger;

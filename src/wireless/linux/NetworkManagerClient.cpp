@@ -110,6 +110,33 @@ QDBusMessage NetworkManagerClient::call(const QString &path, const QString &inte
     return m_bus.call(msg, QDBus::Block, timeoutMs < 0 ? kCallTimeoutMs : timeoutMs);
 }
 
+void NetworkManagerClient::callLater(const QString &path, const QString &interface,
+                                     const QString &method, const QVariantList &args,
+                                     QObject *context,
+                                     std::function<void(const QDBusMessage &)> answer) const
+{
+    QDBusMessage msg = QDBusMessage::createMethodCall(m_service, path, interface, method);
+    msg.setArguments(args);
+    auto *watcher = new QDBusPendingCallWatcher(m_bus.asyncCall(msg, kCallTimeoutMs), context);
+    QObject::connect(watcher, &QDBusPendingCallWatcher::finished, context,
+                     [answer](QDBusPendingCallWatcher *w) {
+                         w->deleteLater();
+                         answer(w->reply());
+                     });
+}
+
+CWError NetworkManagerClient::failureOf(const QDBusMessage &reply, const QString &what) const
+{
+    const QDBusError error(reply);
+    // The bus answers "no reply" both for a hung daemon and for one that quit while the
+    // call was out; only the second one is gone from the bus.
+    if ((error.type() == QDBusError::NoReply || error.type() == QDBusError::Disconnected) &&
+        (!m_bus.isConnected() || !m_bus.interface() ||
+         !m_bus.interface()->isServiceRegistered(m_service).value()))
+        return CWError(kCWErrorServiceUnavailable, notRunningText());
+    return errorFrom(error, what);
+}
+
 std::optional<QVariant> NetworkManagerClient::property(const QString &path,
                                                        const QString &interface,
                                                        const QString &name, CWError *error) const
@@ -183,6 +210,34 @@ bool NetworkManagerClient::setWirelessEnabled(bool on, CWError *error)
         *error = errorFrom(QDBusError(reply), on ? QStringLiteral("Switching Wi-Fi on")
                                                  : QStringLiteral("Switching Wi-Fi off"));
     return false;
+}
+
+void NetworkManagerClient::setWirelessEnabled(bool on, QObject *context, Done done)
+{
+    callLater(
+        kManagerPath, kPropsIface, QStringLiteral("Set"),
+        {kManagerIface, QStringLiteral("WirelessEnabled"), QVariant::fromValue(QDBusVariant(on))},
+        context, [this, on, done](const QDBusMessage &reply) {
+            m_wirelessEnabled.reset();
+            if (reply.type() == QDBusMessage::ReplyMessage)
+                done({});
+            else
+                done(failureOf(reply, on ? QStringLiteral("Switching Wi-Fi on")
+                                         : QStringLiteral("Switching Wi-Fi off")));
+        });
+}
+
+void NetworkManagerClient::wirelessHardwareEnabled(QObject *context,
+                                                   std::function<void(std::optional<bool>)> done)
+{
+    callLater(kManagerPath, kPropsIface, QStringLiteral("Get"),
+              {kManagerIface, QStringLiteral("WirelessHardwareEnabled")}, context,
+              [done](const QDBusMessage &reply) {
+                  if (reply.type() == QDBusMessage::ReplyMessage && !reply.arguments().isEmpty())
+                      done(reply.arguments().constFirst().value<QDBusVariant>().variant().toBool());
+                  else
+                      done(std::nullopt);
+              });
 }
 
 QString NetworkManagerClient::deviceForInterface(const QString &interfaceName, CWError *error) const
@@ -321,64 +376,83 @@ NmSettings NetworkManagerClient::connectionSecrets(const QString &path,
     return qdbus_cast<NmSettings>(reply.arguments().constFirst().value<QDBusArgument>());
 }
 
-bool NetworkManagerClient::updateConnection(const QString &path, const NmSettings &settings,
-                                            CWError *error)
+void NetworkManagerClient::connectionSettings(const QString &path, QObject *context,
+                                              std::function<void(const NmSettings &)> done)
 {
-    const QDBusMessage reply =
-        call(path, kConnectionIface, QStringLiteral("Update"), {QVariant::fromValue(settings)});
-    if (reply.type() == QDBusMessage::ReplyMessage)
-        return true;
-    if (error)
-        *error = errorFrom(QDBusError(reply), QStringLiteral("Saving the network's new key"));
-    return false;
+    callLater(
+        path, kConnectionIface, QStringLiteral("GetSettings"), {}, context,
+        [done](const QDBusMessage &reply) {
+            const bool ok =
+                reply.type() == QDBusMessage::ReplyMessage && !reply.arguments().isEmpty();
+            done(ok ? qdbus_cast<NmSettings>(reply.arguments().constFirst().value<QDBusArgument>())
+                    : NmSettings());
+        });
 }
 
-QString NetworkManagerClient::addAndActivate(const NmSettings &settings, const QString &devicePath,
-                                             const QString &specificObject, CWError *error)
+void NetworkManagerClient::updateConnection(const QString &path, const NmSettings &settings,
+                                            QObject *context, Done done)
 {
-    const QDBusMessage reply =
-        call(kManagerPath, kManagerIface, QStringLiteral("AddAndActivateConnection"),
-             {QVariant::fromValue(settings), QVariant::fromValue(QDBusObjectPath(devicePath)),
-              QVariant::fromValue(QDBusObjectPath(specificObject.isEmpty() ? QStringLiteral("/")
-                                                                           : specificObject))});
-    if (reply.type() != QDBusMessage::ReplyMessage || reply.arguments().size() < 2) {
-        if (error)
-            *error = errorFrom(QDBusError(reply), QStringLiteral("Joining the network"));
-        return {};
-    }
-    return reply.arguments().at(1).value<QDBusObjectPath>().path();
+    callLater(path, kConnectionIface, QStringLiteral("Update"), {QVariant::fromValue(settings)},
+              context, [this, done](const QDBusMessage &reply) {
+                  done(reply.type() == QDBusMessage::ReplyMessage
+                           ? CWError()
+                           : failureOf(reply, QStringLiteral("Saving the network's new key")));
+              });
 }
 
-QString NetworkManagerClient::activate(const QString &connectionPath, const QString &devicePath,
-                                       const QString &specificObject, CWError *error)
+void NetworkManagerClient::addAndActivate(const NmSettings &settings, const QString &devicePath,
+                                          const QString &specificObject, QObject *context,
+                                          Activated done)
 {
-    const QDBusMessage reply =
-        call(kManagerPath, kManagerIface, QStringLiteral("ActivateConnection"),
-             {QVariant::fromValue(QDBusObjectPath(connectionPath)),
-              QVariant::fromValue(QDBusObjectPath(devicePath)),
-              QVariant::fromValue(QDBusObjectPath(specificObject.isEmpty() ? QStringLiteral("/")
-                                                                           : specificObject))});
-    if (reply.type() != QDBusMessage::ReplyMessage || reply.arguments().isEmpty()) {
-        if (error)
-            *error = errorFrom(QDBusError(reply), QStringLiteral("Joining the network"));
-        return {};
-    }
-    return reply.arguments().constFirst().value<QDBusObjectPath>().path();
+    callLater(kManagerPath, kManagerIface, QStringLiteral("AddAndActivateConnection"),
+              {QVariant::fromValue(settings), QVariant::fromValue(QDBusObjectPath(devicePath)),
+               QVariant::fromValue(QDBusObjectPath(specificObject.isEmpty() ? QStringLiteral("/")
+                                                                            : specificObject))},
+              context, [this, done](const QDBusMessage &reply) {
+                  // (connection, active connection)
+                  if (reply.type() == QDBusMessage::ReplyMessage && reply.arguments().size() >= 2)
+                      done(reply.arguments().at(1).value<QDBusObjectPath>().path(), {});
+                  else
+                      done({}, failureOf(reply, QStringLiteral("Joining the network")));
+              });
+}
+
+void NetworkManagerClient::activate(const QString &connectionPath, const QString &devicePath,
+                                    const QString &specificObject, QObject *context, Activated done)
+{
+    callLater(kManagerPath, kManagerIface, QStringLiteral("ActivateConnection"),
+              {QVariant::fromValue(QDBusObjectPath(connectionPath)),
+               QVariant::fromValue(QDBusObjectPath(devicePath)),
+               QVariant::fromValue(QDBusObjectPath(specificObject.isEmpty() ? QStringLiteral("/")
+                                                                            : specificObject))},
+              context, [this, done](const QDBusMessage &reply) {
+                  if (reply.type() == QDBusMessage::ReplyMessage && !reply.arguments().isEmpty())
+                      done(reply.arguments().constFirst().value<QDBusObjectPath>().path(), {});
+                  else
+                      done({}, failureOf(reply, QStringLiteral("Joining the network")));
+              });
 }
 
 void NetworkManagerClient::deactivate(const QString &activePath)
 {
-    const QDBusMessage reply =
-        call(kManagerPath, kManagerIface, QStringLiteral("DeactivateConnection"),
-             {QVariant::fromValue(QDBusObjectPath(activePath))});
-    if (reply.type() != QDBusMessage::ReplyMessage)
-        qCInfo(lcNm) << "deactivation failed:" << reply.errorMessage();
+    callLater(kManagerPath, kManagerIface, QStringLiteral("DeactivateConnection"),
+              {QVariant::fromValue(QDBusObjectPath(activePath))}, this,
+              [](const QDBusMessage &reply) {
+                  if (reply.type() != QDBusMessage::ReplyMessage)
+                      qCInfo(lcNm) << "deactivation failed:" << reply.errorMessage();
+              });
 }
 
-std::optional<uint> NetworkManagerClient::activeConnectionState(const QString &activePath) const
+void NetworkManagerClient::activeConnectionState(const QString &activePath, QObject *context,
+                                                 std::function<void(std::optional<uint>)> done)
 {
-    const auto value = property(activePath, kActiveIface, QStringLiteral("State"));
-    return value ? std::optional<uint>(value->toUInt()) : std::nullopt;
+    callLater(activePath, kPropsIface, QStringLiteral("Get"),
+              {kActiveIface, QStringLiteral("State")}, context, [done](const QDBusMessage &reply) {
+                  if (reply.type() != QDBusMessage::ReplyMessage || reply.arguments().isEmpty())
+                      done(std::nullopt);
+                  else
+                      done(reply.arguments().constFirst().value<QDBusVariant>().variant().toUInt());
+              });
 }
 
 QString NetworkManagerClient::interfaceOfDevice(const QString &devicePath)

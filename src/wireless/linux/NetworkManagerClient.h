@@ -13,6 +13,7 @@
 #include <QString>
 #include <QVariantMap>
 
+#include <functional>
 #include <optional>
 
 class QDBusMessage;
@@ -22,9 +23,11 @@ class QDBusServiceWatcher;
 using NmSettings = QMap<QString, QVariantMap>;
 
 // Typed calls to NetworkManager over D-Bus. The bus and the service name are injected so
-// tests can point them at a mock. Every call is synchronous with a bounded wait and turns
-// a D-Bus failure into a CWError a user can act on; a daemon that is gone makes calls fail
-// with "NetworkManager is not running" and they work again once it is back.
+// tests can point them at a mock. Reads are synchronous with a bounded wait; the actions
+// that make NetworkManager work (joining, saving keys, the Wi-Fi switch) answer later
+// through a callback, which runs only while its `context` object lives. Every failure
+// becomes a CWError a user can act on; a daemon that is gone makes calls fail with
+// "NetworkManager is not running" and they work again once it is back.
 class NetworkManagerClient : public QObject
 {
     Q_OBJECT
@@ -46,6 +49,9 @@ public:
     std::optional<bool> cachedWirelessEnabled() const;
     std::optional<bool> wirelessHardwareEnabled(CWError *error = nullptr) const;
     bool setWirelessEnabled(bool on, CWError *error);
+    using Done = std::function<void(const CWError &error)>;
+    void setWirelessEnabled(bool on, QObject *context, Done done);
+    void wirelessHardwareEnabled(QObject *context, std::function<void(std::optional<bool>)> done);
     // The device object of a kernel interface; empty with *error set when NM has none.
     // Kept until devices come or go.
     QString deviceForInterface(const QString &interfaceName, CWError *error) const;
@@ -75,17 +81,23 @@ public:
     NmSettings connectionSettings(const QString &path, CWError *error) const;
     // Only what NetworkManager hands over to this user; none when it keeps them.
     NmSettings connectionSecrets(const QString &path, const QString &settingName) const;
+    void connectionSettings(const QString &path, QObject *context,
+                            std::function<void(const NmSettings &settings)> done);
     // Replaces a saved connection's settings (new keys for a known network).
-    bool updateConnection(const QString &path, const NmSettings &settings, CWError *error);
+    void updateConnection(const QString &path, const NmSettings &settings, QObject *context,
+                          Done done);
 
-    // Activation. Return the active connection's path, or empty with *error set.
-    QString addAndActivate(const NmSettings &settings, const QString &devicePath,
-                           const QString &specificObject, CWError *error);
-    QString activate(const QString &connectionPath, const QString &devicePath,
-                     const QString &specificObject, CWError *error);
+    // Activation: `done` gets the active connection's path, or an error.
+    using Activated = std::function<void(const QString &activePath, const CWError &error)>;
+    void addAndActivate(const NmSettings &settings, const QString &devicePath,
+                        const QString &specificObject, QObject *context, Activated done);
+    void activate(const QString &connectionPath, const QString &devicePath,
+                  const QString &specificObject, QObject *context, Activated done);
+    // Without waiting; a failure is only logged.
     void deactivate(const QString &activePath);
     // NMActiveConnectionState, none when the object is gone.
-    std::optional<uint> activeConnectionState(const QString &activePath) const;
+    void activeConnectionState(const QString &activePath, QObject *context,
+                               std::function<void(std::optional<uint> state)> done);
 
     // The CWError for a failed call; `what` names the action for unexpected failures.
     static CWError errorFrom(const QDBusError &error, const QString &what);
@@ -108,6 +120,13 @@ private Q_SLOTS:
 private:
     QDBusMessage call(const QString &path, const QString &interface, const QString &method,
                       const QVariantList &args, int timeoutMs = -1) const;
+    // The call sent without waiting; `answer` gets the reply (or the error) later.
+    void callLater(const QString &path, const QString &interface, const QString &method,
+                   const QVariantList &args, QObject *context,
+                   std::function<void(const QDBusMessage &reply)> answer) const;
+    // errorFrom(), knowing that a call left unanswered by a daemon that has since left
+    // the bus was not slow but cut off.
+    CWError failureOf(const QDBusMessage &reply, const QString &what) const;
     std::optional<QVariant> property(const QString &path, const QString &interface,
                                      const QString &name, CWError *error = nullptr) const;
     QString interfaceOfDevice(const QString &devicePath);

@@ -4,6 +4,7 @@
 #include <QDBusArgument>
 #include <QDBusMessage>
 #include <QDBusMetaType>
+#include <QDBusPendingCallWatcher>
 #include <QFile>
 #include <QLoggingCategory>
 #include <QVariantMap>
@@ -13,14 +14,13 @@
 namespace {
 Q_LOGGING_CATEGORY(lcPolkit, "corvane.polkit")
 
-// An authentication dialog waits for a person; without one polkit answers at once.
-constexpr int kInteractiveTimeoutMs = 120000;
+// Without an authentication dialog polkit answers at once.
 constexpr int kQuietTimeoutMs = 5000;
 constexpr uint kAllowUserInteraction = 1;
 } // namespace
 
-PolkitClient::PolkitClient(const QDBusConnection &bus, const QString &service)
-    : m_bus(bus), m_service(service)
+PolkitClient::PolkitClient(const QDBusConnection &bus, const QString &service, QObject *parent)
+    : QObject(parent), m_bus(bus), m_service(service)
 {
     qDBusRegisterMetaType<QMap<QString, QString>>(); // the "details" of a request (a{ss})
 }
@@ -41,10 +41,8 @@ quint64 PolkitClient::processStartTime(const QByteArray &procStat)
     return ok ? value : 0;
 }
 
-bool PolkitClient::checkAuthorization(const QString &action, bool allowInteraction,
-                                      CWError *error) const
+QDBusMessage PolkitClient::request(const QString &action, bool allowInteraction) const
 {
-    CWError::reset(error);
     QFile stat(QStringLiteral("/proc/self/stat"));
     const QByteArray statText = stat.open(QIODevice::ReadOnly) ? stat.readAll() : QByteArray();
 
@@ -63,10 +61,31 @@ bool PolkitClient::checkAuthorization(const QString &action, bool allowInteracti
     msg.setArguments(
         {QVariant::fromValue(subject), action, QVariant::fromValue(QMap<QString, QString>()),
          QVariant::fromValue(allowInteraction ? kAllowUserInteraction : 0u), QString()});
-    const QDBusMessage reply =
-        m_bus.call(msg, allowInteraction ? QDBus::BlockWithGui : QDBus::Block,
-                   allowInteraction ? kInteractiveTimeoutMs : kQuietTimeoutMs);
+    return msg;
+}
 
+bool PolkitClient::checkAuthorization(const QString &action, CWError *error) const
+{
+    const CWError result =
+        outcome(m_bus.call(request(action, false), QDBus::Block, kQuietTimeoutMs));
+    if (error)
+        *error = result;
+    return result.isNull();
+}
+
+void PolkitClient::checkAuthorization(const QString &action, bool allowInteraction, Completion done)
+{
+    const int timeout = allowInteraction ? m_interactiveTimeoutMs : kQuietTimeoutMs;
+    auto *watcher = new QDBusPendingCallWatcher(
+        m_bus.asyncCall(request(action, allowInteraction), timeout), this);
+    connect(watcher, &QDBusPendingCallWatcher::finished, this, [done](QDBusPendingCallWatcher *w) {
+        w->deleteLater();
+        done(outcome(w->reply()));
+    });
+}
+
+CWError PolkitClient::outcome(const QDBusMessage &reply)
+{
     if (reply.type() != QDBusMessage::ReplyMessage) {
         const QDBusError dbusError(reply);
         const bool noOwner = dbusError.name().endsWith(u".NameHasNoOwner");
@@ -76,17 +95,15 @@ bool PolkitClient::checkAuthorization(const QString &action, bool allowInteracti
         case QDBusError::Disconnected:
             // No polkit on this system: NetworkManager then decides by its own rules.
             qCDebug(lcPolkit) << "no polkit; leaving the decision to NetworkManager";
-            return true;
+            return {};
         case QDBusError::NoReply:
         case QDBusError::Timeout:
         case QDBusError::TimedOut:
-            CWError::set(error, kCWErrorTimeout,
-                         QStringLiteral("Not permitted: the authorization request timed out"));
-            return false;
+            return CWError(kCWErrorTimeout,
+                           QStringLiteral("Not permitted: the authorization request timed out"));
         default:
-            CWError::set(error, kCWErrorNotPermitted,
-                         QStringLiteral("Not permitted: %1").arg(dbusError.message()));
-            return false;
+            return CWError(kCWErrorNotPermitted,
+                           QStringLiteral("Not permitted: %1").arg(dbusError.message()));
         }
     }
 
@@ -102,15 +119,13 @@ bool PolkitClient::checkAuthorization(const QString &action, bool allowInteracti
         }
     }
     if (authorized)
-        return true;
+        return {};
     if (challenge)
-        CWError::set(
-            error, kCWErrorNotPermitted,
-            QStringLiteral("Not permitted: controlling the network needs an administrator's "
-                           "password, and no authentication agent is running"));
-    else
-        CWError::set(error, kCWErrorNotPermitted,
-                     QStringLiteral("Not permitted: the system's policy does not let this user "
-                                    "control the network"));
-    return false;
+        return CWError(kCWErrorNotPermitted,
+                       QStringLiteral("Not permitted: controlling the network needs an "
+                                      "administrator's password, and no authentication agent "
+                                      "is running"));
+    return CWError(kCWErrorNotPermitted,
+                   QStringLiteral("Not permitted: the system's policy does not let this user "
+                                  "control the network"));
 }

@@ -2,8 +2,10 @@
 '''A small NetworkManager for the Linux backend's tests (a python-dbusmock template).
 
 One Wi-Fi device "wlan0". Activations end the way SetOutcome() says, after a delay, with
-the device and active-connection signals NetworkManager sends. What the program asked for
-is readable through LastSettingsJson(), LastActivated() and Counters().
+the device and active-connection signals NetworkManager sends; SetReplyDelay() makes the
+activation calls themselves answer late (after those signals, if it is the longer one).
+What the program asked for is readable through LastSettingsJson(), LastActivated() and
+Counters().
 '''
 
 import json
@@ -54,6 +56,7 @@ def plain(value):
 def load(mock, parameters):
     mock.state = {'scan': 0, 'disconnect': 0, 'activate': 0, 'addandactivate': 0}
     mock.outcome = (2, 1, 0, 50)  # active state, active reason, device reason, delay ms
+    mock.reply_delay = 0
     mock.scan_busy = False
     mock.last_settings = {}
     mock.last_activated = ''
@@ -171,20 +174,34 @@ def GetDeviceByIpIface(_self, iface):
     return dbus.ObjectPath(DEVICE_OBJ)
 
 
-@dbus.service.method(MAIN_IFACE, in_signature='a{sa{sv}}oo', out_signature='oo')
-def AddAndActivateConnection(self, settings, device, specific):
+def answer(mock, reply, ok):
+    if not mock.reply_delay:
+        ok(*reply)
+        return
+
+    def later():
+        ok(*reply)
+        return False
+    GLib.timeout_add(mock.reply_delay, later)
+
+
+@dbus.service.method(MAIN_IFACE, in_signature='a{sa{sv}}oo', out_signature='oo',
+                     async_callbacks=('ok', '_err'))
+def AddAndActivateConnection(self, settings, device, specific, ok, _err):
     self.state['addandactivate'] += 1
     self.last_settings = plain(settings)
     self.last_settings['_specific'] = str(specific)
     connection = add_connection_object(self, settings, {})
-    return (dbus.ObjectPath(connection), dbus.ObjectPath(start_activation(self, connection)))
+    answer(self, (dbus.ObjectPath(connection),
+                  dbus.ObjectPath(start_activation(self, connection))), ok)
 
 
-@dbus.service.method(MAIN_IFACE, in_signature='ooo', out_signature='o')
-def ActivateConnection(self, connection, device, specific):
+@dbus.service.method(MAIN_IFACE, in_signature='ooo', out_signature='o',
+                     async_callbacks=('ok', '_err'))
+def ActivateConnection(self, connection, device, specific, ok, _err):
     self.state['activate'] += 1
     self.last_activated = str(connection)
-    return dbus.ObjectPath(start_activation(self, str(connection)))
+    answer(self, (dbus.ObjectPath(start_activation(self, str(connection))),), ok)
 
 
 @dbus.service.method(MAIN_IFACE, in_signature='o', out_signature='')
@@ -196,6 +213,11 @@ def DeactivateConnection(self, active):
 @dbus.service.method(MOCK_IFACE, in_signature='uuuu', out_signature='')
 def SetOutcome(self, state, reason, device_reason, delay_ms):
     self.outcome = (int(state), int(reason), int(device_reason), int(delay_ms))
+
+
+@dbus.service.method(MOCK_IFACE, in_signature='u', out_signature='')
+def SetReplyDelay(self, delay_ms):
+    self.reply_delay = int(delay_ms)
 
 
 @dbus.service.method(MOCK_IFACE, in_signature='b', out_signature='')
