@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Exercises the Linux backend on a real wireless stack (the hwsim VM): prints every
 // interface query, the scan call and its cost, channel changes and, when asked, joins
-// and disconnects. One line per fact, for the harness's checks.
+// and disconnects. One line per fact, for the harness's checks. The long actions (joins,
+// power, ad-hoc, the authorization) answer through completions; this program waits for
+// each in a loop of its own and counts the answers.
 
 #include "wireless/CWKeys.h"
 #include "wireless/linux/LinuxBackend.h"
@@ -9,10 +11,13 @@
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
+#include <QEventLoop>
 #include <QStringList>
 #include <QThread>
 
 #include <cstdio>
+#include <functional>
+#include <memory>
 
 namespace {
 
@@ -20,6 +25,48 @@ void out(const QString &line)
 {
     std::fputs(qPrintable(line + u'\n'), stdout);
     std::fflush(stdout);
+}
+
+struct LongActions
+{
+    int started = 0;
+    int answeredOnce = 0;
+    int answeredBeforeReturning = 0;
+    QList<std::shared_ptr<int>> answers; // checked again at the end: still once
+} longActions;
+
+// Runs a long action and waits for its answer. An answer given before the call returned
+// means the backend waited inside itself (or refused at once, which these calls should
+// not be).
+CWError await(const std::function<void(WirelessBackend::Completion)> &action)
+{
+    auto answers = std::make_shared<int>(0);
+    auto result = std::make_shared<CWError>();
+    auto loop = std::make_shared<QEventLoop>();
+    ++longActions.started;
+    longActions.answers.append(answers);
+    action([answers, result, loop](const CWError &error) {
+        ++*answers;
+        *result = error;
+        loop->quit();
+    });
+    if (*answers > 0)
+        ++longActions.answeredBeforeReturning;
+    if (*answers == 0)
+        loop->exec();
+    return *result;
+}
+
+void reportLongActions()
+{
+    QCoreApplication::processEvents(); // a second answer would be queued by now
+    for (const auto &answers : std::as_const(longActions.answers))
+        if (*answers == 1)
+            ++longActions.answeredOnce;
+    out(QStringLiteral("long actions: %1, answered once: %2, answered before returning: %3")
+            .arg(longActions.started)
+            .arg(longActions.answeredOnce)
+            .arg(longActions.answeredBeforeReturning));
 }
 
 QString text(const std::optional<QString> &v)
@@ -72,9 +119,11 @@ int main(int argc, char **argv)
     const QString name = args.value(0, names.value(0));
     printInterface(*backend, name);
 
-    CWError cwError;
+    CWError cwError = await([&](auto done) {
+        backend->obtainAuthorizationAsync(QStringLiteral("system.preferences"), 19, done);
+    });
     out(QStringLiteral("authorization: %1 %2")
-            .arg(backend->obtainAuthorization(QStringLiteral("system.preferences"), 19, &cwError))
+            .arg(cwError.isNull())
             .arg(cwError.localizedDescription()));
 
     // The scan call must return at once whatever the radio does; time a few.
@@ -169,7 +218,9 @@ int main(int argc, char **argv)
                                             [&](const QString &changed, const QStringList &keys) {
                                                 changes.append(changed + u'=' + keys.join(u'|'));
                                             });
-        const bool ok = backend->associateToNetwork(name, target, parameters, &cwError);
+        cwError = await(
+            [&](auto done) { backend->associateToNetworkAsync(name, target, parameters, done); });
+        const bool ok = cwError.isNull();
         out(QStringLiteral("join %1: %2 \"%3\"")
                 .arg(args[join + 1])
                 .arg(ok)
@@ -210,7 +261,9 @@ int main(int argc, char **argv)
         } else {
             parameters.insert(kCWAssocKeyPassphrase, args[i + 2]);
         }
-        const bool ok = backend->associateToNetwork(name, target, parameters, &cwError);
+        cwError = await(
+            [&](auto done) { backend->associateToNetworkAsync(name, target, parameters, done); });
+        const bool ok = cwError.isNull();
         out(QStringLiteral("join %1: %2 \"%3\"")
                 .arg(ssid)
                 .arg(ok)
@@ -227,13 +280,15 @@ int main(int argc, char **argv)
     }
     // "--power-cycle": Wi-Fi off and on again through NetworkManager.
     if (args.contains(QStringLiteral("--power-cycle"))) {
-        const bool off = backend->setPower(name, false, &cwError);
+        cwError = await([&](auto done) { backend->setPowerAsync(name, false, done); });
+        const bool off = cwError.isNull();
         QThread::msleep(1000);
         out(QStringLiteral("power off: %1 \"%2\" now %3")
                 .arg(off)
                 .arg(cwError.localizedDescription())
                 .arg(backend->powerOn(name)));
-        const bool on = backend->setPower(name, true, &cwError);
+        cwError = await([&](auto done) { backend->setPowerAsync(name, true, done); });
+        const bool on = cwError.isNull();
         QThread::msleep(3000);
         out(QStringLiteral("power on: %1 \"%2\" now %3")
                 .arg(on)
@@ -245,7 +300,8 @@ int main(int argc, char **argv)
     const int adhoc = args.indexOf(QStringLiteral("--adhoc"));
     if (adhoc >= 0 && args.size() > adhoc + 1) {
         const QVariantMap parameters{{kCWIBSSKeySSID, args[adhoc + 1]}, {kCWIBSSKeyChannel, 11}};
-        const bool ok = backend->enableIBSS(name, parameters, &cwError);
+        cwError = await([&](auto done) { backend->enableIBSSAsync(name, parameters, done); });
+        const bool ok = cwError.isNull();
         const auto channel = backend->wlanChannel(name);
         out(QStringLiteral("adhoc %1: %2 \"%3\" opmode %4 ssid %5 channel %6")
                 .arg(args[adhoc + 1])
@@ -256,5 +312,6 @@ int main(int argc, char **argv)
                 .arg(channel ? channel->channelNumber() : -1));
         backend->disassociate(name);
     }
+    reportLongActions();
     return 0;
 }
