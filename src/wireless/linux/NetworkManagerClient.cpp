@@ -314,28 +314,54 @@ bool NetworkManagerClient::requestScan(const QString &devicePath)
     return true;
 }
 
-std::optional<NetworkManagerClient::AccessPoint>
-NetworkManagerClient::accessPointFor(const QString &devicePath, const QString &bssid) const
+void NetworkManagerClient::accessPointFor(const QString &devicePath, const QString &bssid,
+                                          QObject *context,
+                                          std::function<void(std::optional<AccessPoint>)> done)
 {
-    const auto aps = property(devicePath, kWirelessIface, QStringLiteral("AccessPoints"));
-    if (!aps)
-        return std::nullopt;
-    const auto paths = qdbus_cast<QList<QDBusObjectPath>>(aps->value<QDBusArgument>());
-    for (const QDBusObjectPath &ap : paths) {
-        const auto hw = property(ap.path(), kApIface, QStringLiteral("HwAddress"));
-        if (!hw || hw->toString().compare(bssid, Qt::CaseInsensitive) != 0)
-            continue;
-        AccessPoint found;
-        found.path = ap.path();
-        found.rsnFlags = property(ap.path(), kApIface, QStringLiteral("RsnFlags"))
-                             .value_or(QVariant(0u))
-                             .toUInt();
-        found.wpaFlags = property(ap.path(), kApIface, QStringLiteral("WpaFlags"))
-                             .value_or(QVariant(0u))
-                             .toUInt();
-        return found;
-    }
-    return std::nullopt;
+    callLater(devicePath, kPropsIface, QStringLiteral("Get"),
+              {kWirelessIface, QStringLiteral("AccessPoints")}, context,
+              [this, bssid, context, done](const QDBusMessage &reply) {
+                  const auto paths =
+                      reply.type() == QDBusMessage::ReplyMessage && !reply.arguments().isEmpty()
+                          ? qdbus_cast<QList<QDBusObjectPath>>(reply.arguments()
+                                                                   .constFirst()
+                                                                   .value<QDBusVariant>()
+                                                                   .variant()
+                                                                   .value<QDBusArgument>())
+                          : QList<QDBusObjectPath>();
+                  if (paths.isEmpty()) {
+                      done(std::nullopt);
+                      return;
+                  }
+                  // All access points are asked at once; the answer comes when the last replies.
+                  struct Search
+                  {
+                      qsizetype pending = 0;
+                      std::optional<AccessPoint> found;
+                  };
+                  auto search = std::make_shared<Search>();
+                  search->pending = paths.size();
+                  for (const QDBusObjectPath &ap : paths) {
+                      callLater(
+                          ap.path(), kPropsIface, QStringLiteral("GetAll"), {kApIface}, context,
+                          [ap, bssid, search, done](const QDBusMessage &props) {
+                              const QVariantMap values =
+                                  props.type() == QDBusMessage::ReplyMessage &&
+                                          !props.arguments().isEmpty()
+                                      ? qdbus_cast<QVariantMap>(props.arguments().constFirst())
+                                      : QVariantMap();
+                              const QString hw =
+                                  values.value(QStringLiteral("HwAddress")).toString();
+                              if (!search->found && !hw.isEmpty() &&
+                                  hw.compare(bssid, Qt::CaseInsensitive) == 0)
+                                  search->found = AccessPoint{
+                                      ap.path(), values.value(QStringLiteral("RsnFlags")).toUInt(),
+                                      values.value(QStringLiteral("WpaFlags")).toUInt()};
+                              if (--search->pending == 0)
+                                  done(search->found);
+                          });
+                  }
+              });
 }
 
 QStringList NetworkManagerClient::connections(CWError *error) const

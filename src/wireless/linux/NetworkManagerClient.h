@@ -73,8 +73,8 @@ public:
         uint rsnFlags = 0;
         uint wpaFlags = 0;
     };
-    std::optional<AccessPoint> accessPointFor(const QString &devicePath,
-                                              const QString &bssid) const;
+    void accessPointFor(const QString &devicePath, const QString &bssid, QObject *context,
+                        std::function<void(std::optional<AccessPoint>)> done);
 
     // Saved connections.
     QStringList connections(CWError *error) const;

@@ -36,6 +36,9 @@ public:
     void replaceAndActivate(const QString &connection, const NmSettings &settings,
                             const QString &device, const QString &specific);
 
+    // Ends it before NetworkManager was asked (the settings could not be made, say).
+    void fail(const CWError &error) { finish(error); }
+
     bool isFinished() const { return !m_done; }
 
 private:

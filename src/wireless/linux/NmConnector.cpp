@@ -109,32 +109,39 @@ void NmConnector::associate(const QString &interfaceName, const CWNetwork &netwo
         done(error);
         return;
     }
-    const auto profile = parameters.value(kCWAssocKey8021XProfile).value<CW8021XProfileRef>();
-    const bool newCredentials =
-        !parameters.value(kCWAssocKeyPassphrase).toString().isEmpty() || profile;
-    const auto ap = m_nm->accessPointFor(device, network.bssid());
-    const QString specific = ap ? ap->path : QString();
-    const QString saved =
-        m_profiles ? m_profiles->connectionForSsid(network.ssidData()) : QString();
-
-    if (!saved.isEmpty() && !newCredentials) {
-        startJoin(interfaceName, std::move(done))->activate(saved, device, specific);
-        return;
-    }
-    const auto security = NmSettingsBuilder::securityFor(
-        network, ap ? (ap->rsnFlags | ap->wpaFlags) : 0u, profile != nullptr);
-    const auto settings = NmSettingsBuilder::joinSettings(network, security, parameters, &error);
-    if (!settings) {
-        done(error);
-        return;
-    }
-    // New keys for a network NetworkManager already knows replace the old ones, so the
-    // next join without a key uses them and no second entry piles up.
+    // Under way from here on, while NetworkManager's view of the access point is fetched.
     NmActivation *join = startJoin(interfaceName, std::move(done));
-    if (!saved.isEmpty())
-        join->replaceAndActivate(saved, *settings, device, specific);
-    else
-        join->addAndActivate(*settings, device, specific);
+    m_nm->accessPointFor(
+        device, network.bssid(), join,
+        [this, join, network, parameters,
+         device](std::optional<NetworkManagerClient::AccessPoint> ap) {
+            if (join->isFinished())
+                return;
+            const auto profile =
+                parameters.value(kCWAssocKey8021XProfile).value<CW8021XProfileRef>();
+            const bool newCredentials =
+                !parameters.value(kCWAssocKeyPassphrase).toString().isEmpty() || profile;
+            const QString specific = ap ? ap->path : QString();
+            const QString saved =
+                m_profiles ? m_profiles->connectionForSsid(network.ssidData()) : QString();
+            if (!saved.isEmpty() && !newCredentials) {
+                join->activate(saved, device, specific);
+                return;
+            }
+            const auto security = NmSettingsBuilder::securityFor(
+                network, ap ? (ap->rsnFlags | ap->wpaFlags) : 0u, profile != nullptr);
+            CWError refusal;
+            const auto settings =
+                NmSettingsBuilder::joinSettings(network, security, parameters, &refusal);
+            if (!settings)
+                join->fail(refusal);
+            // New keys for a network NetworkManager already knows replace the old ones, so
+            // the next join without a key uses them and no second entry piles up.
+            else if (!saved.isEmpty())
+                join->replaceAndActivate(saved, *settings, device, specific);
+            else
+                join->addAndActivate(*settings, device, specific);
+        });
 }
 
 void NmConnector::enableIBSS(const QString &interfaceName, const QVariantMap &parameters,
