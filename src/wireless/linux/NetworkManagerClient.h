@@ -23,9 +23,10 @@ class QDBusServiceWatcher;
 using NmSettings = QMap<QString, QVariantMap>;
 
 // Typed calls to NetworkManager over D-Bus. The bus and the service name are injected so
-// tests can point them at a mock. Reads are synchronous with a bounded wait; the actions
-// that make NetworkManager work (joining, saving keys, the Wi-Fi switch) answer later
-// through a callback, which runs only while its `context` object lives. Every failure
+// tests can point them at a mock. The reads a scan makes are synchronous with a bounded
+// wait (and mostly cached); the actions that make NetworkManager work (joining, saving
+// keys, the Wi-Fi switch) and the reads a join needs answer later through a callback,
+// which runs only while its `context` object lives. Every failure
 // becomes a CWError a user can act on; a daemon that is gone makes calls fail with
 // "NetworkManager is not running" and they work again once it is back.
 class NetworkManagerClient : public QObject
