@@ -2,7 +2,7 @@
 // One working cycle of the controller (scan, merge, sort, filter, table reload, plot data,
 // interface tab) with many records, the views hidden.
 #include "app/AppDelegate.h"
-#include "app/StreamAlertPresenter.h"
+#include "util/StreamAlertPresenter.h"
 #include "prefs/PreferenceStore.h"
 #include "wireless/WirelessBackend.h"
 

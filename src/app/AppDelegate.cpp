@@ -8,6 +8,7 @@
 #include "app/MessageBoxAlertPresenter.h"
 #include "app/NetworkTableModel.h"
 #include "app/StartupProbe.h"
+#include "model/SurveyEngine.h"
 #include "plot/PlotTheme.h"
 #include "plot/RealTimePlot.h"
 #include "prefs/PreferenceStore.h"
@@ -57,6 +58,10 @@ AppDelegate::AppDelegate(const Options &options, QObject *parent)
         m_ownedPreferences = std::make_unique<PreferenceStore>();
         m_preferences = m_ownedPreferences.get();
     }
+    m_engine = new SurveyEngine(m_preferences, m_alerts, this);
+    connect(m_engine, &SurveyEngine::listChanged, this, &AppDelegate::reloadTableData);
+    connect(m_engine, &SurveyEngine::cycleFinished, this, &AppDelegate::cycleDidFinish);
+    connect(m_engine, &SurveyEngine::radioOff, this, &AppDelegate::validateToolbar);
 
     setupViews();
     setupToolbarAndMenus();
@@ -77,7 +82,33 @@ AppDelegate::~AppDelegate()
 
 CWInterface &AppDelegate::iface() const
 {
-    return m_currentInterface ? *m_currentInterface : nullInterface();
+    const CWInterfaceRef &current = m_engine->currentInterface();
+    return current ? *current : nullInterface();
+}
+
+const NetworkList &AppDelegate::networks() const
+{
+    return m_engine->networks();
+}
+
+CWInterfaceRef AppDelegate::currentInterface() const
+{
+    return m_engine->currentInterface();
+}
+
+const QList<CWNetworkRef> &AppDelegate::scanResults() const
+{
+    return m_engine->scanResults();
+}
+
+const QList<quint64> &AppDelegate::filteredNetworks() const
+{
+    return m_engine->filteredNetworks();
+}
+
+quint64 AppDelegate::tickCount() const
+{
+    return m_engine->tickCount();
 }
 
 void AppDelegate::awakeFromNib()
@@ -139,7 +170,7 @@ void AppDelegate::applicationDidFinishLaunching()
     // 7. One full cycle at once, so the window opens populated; the timer's first tick
     // then works again from tick 0.
     updateData();
-    m_tickCount = 0;
+    m_engine->setTickCount(0);
 
     // 8. The repeating one-second tick; not kept anywhere, it runs until the program ends.
     if (m_options.startTimer) {
@@ -155,27 +186,21 @@ void AppDelegate::applicationDidFinishLaunching()
 
 void AppDelegate::updateData()
 {
-    // The update interval is a count of ticks; the store never hands out 0.
-    const quint64 interval = quint64(qMax<qint64>(1, updateInterval()));
-    const quint64 t = m_tickCount;
-    m_tickCount = t + 1;
-    if (t % interval != 0)
-        return;
-    performUpdateCycle();
+    // The tick rule, and the hold while an alert, a sheet's action or an authorization is
+    // pending, belong to the engine.
+    m_engine->updateData();
 }
 
 bool AppDelegate::performUpdateCycle()
 {
-    if (!iface().powerOn()) {
-        validateToolbar();
-        return false;
-    }
-    qInfo("updateData");
-    updateNetworks();
-    filterNetworks();
+    return m_engine->performUpdateCycle();
+}
+
+void AppDelegate::cycleDidFinish()
+{
     if (m_signalPlot) {
         m_signalPlot->updateSignalPlot();
-        for (const NetworkObjectRef &record : m_networks)
+        for (const NetworkObjectRef &record : networks())
             m_signalPlot->setData(record->signals(), record->bssid());
     }
     updateDetailPlot();
@@ -184,15 +209,12 @@ bool AppDelegate::performUpdateCycle()
     ui->wiFiChannelView5->update();
     updateInterfaceInfoTab();
     validateToolbar();
-    if (cycleObserver)
-        cycleObserver();
-    return true;
 }
 
 void AppDelegate::interfaceSelected()
 {
-    m_currentInterface =
-        CWInterface::interfaceWithName(ui->supportedInterfacesPopup->currentText());
+    m_engine->setCurrentInterface(
+        CWInterface::interfaceWithName(ui->supportedInterfacesPopup->currentText()));
     updateInterfaceInfoTab();
 }
 

@@ -34,6 +34,7 @@ class RealTimePlot;
 class WiFiChannelView;
 class WiFiMapView;
 class DetailPanelController;
+class SurveyEngine;
 namespace Ui {
 class MainWindow;
 class JoinDialog;
@@ -76,7 +77,8 @@ public:
     void handleNotification(const QString &notification);
     QString currentThemeName() const { return m_currentThemeName; }
     void setCurrentThemeName(const QString &name) { m_currentThemeName = name; }
-    quint64 tickCount() const { return m_tickCount; }
+    quint64 tickCount() const;
+    SurveyEngine *engine() const { return m_engine; }
 
     // --- scanning ---
     void updateNetworks();
@@ -85,7 +87,7 @@ public:
     NetworkObjectRef networkWithBssid(const QString &bssid) const;
     QList<QVariantMap> networkMacs() const;
     static QString fixSSID(const QVariantMap &scanRecord);
-    const QList<CWNetworkRef> &scanResults() const { return m_scanResults; }
+    const QList<CWNetworkRef> &scanResults() const;
 
     // --- table ---
     void filterNetworks();
@@ -95,7 +97,7 @@ public:
     void setObjectValue(const QVariant &value, const QString &identifier, qsizetype row);
     void tableViewSelectionDidChange();
     void controlTextDidChange(QObject *sender);
-    const QList<quint64> &filteredNetworks() const { return m_filteredNetworks; }
+    const QList<quint64> &filteredNetworks() const;
     CWNetworkRef selectedNetwork() const { return m_selectedNetwork; }
     void setSelectedNetwork(const CWNetworkRef &network) { m_selectedNetwork = network; }
 
@@ -163,8 +165,8 @@ public:
     void setDetailPanelDelays(int showMs, int hideMs);
 
     // --- PlotDelegate ---
-    const NetworkList &networks() const override { return m_networks; }
-    CWInterfaceRef currentInterface() const override { return m_currentInterface; }
+    const NetworkList &networks() const override;
+    CWInterfaceRef currentInterface() const override;
     qint64 numberOfDatas() const override;
     qint64 numberOfTopNetworks() const override;
 
@@ -174,8 +176,6 @@ public:
 
     // Steps 2 to 10 of a tick: the working part of the cycle. False when the radio is off.
     bool performUpdateCycle();
-    // Called by the update cycle after it did its work (headless logging hooks in here).
-    std::function<void()> cycleObserver;
 
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
@@ -193,6 +193,11 @@ private:
     void setupViews();
     void layoutHostViews();
     void writeExport(bool html);
+    // After the engine's working cycle: plots, detail plot, views, interface tab.
+    void cycleDidFinish();
+    // A long action of the sheets and the toolbar: holds the ticks until it answers.
+    void beginAction();
+    void endAction();
     PreferencesWindowController *preferencesController();
 
     Options m_options;
@@ -206,14 +211,10 @@ private:
     std::unique_ptr<PreferenceStore> m_ownedPreferences;
     PreferencesWindowController *m_preferencesController = nullptr;
 
-    CWInterfaceRef m_currentInterface;
-    NetworkList m_networks;
-    bool m_networksCreated = false;
-    QList<CWNetworkRef> m_scanResults;
-    QList<quint64> m_filteredNetworks;
+    SurveyEngine *m_engine = nullptr; // the cycle and the records; owned as a child
     CWNetworkRef m_selectedNetwork;
     qint8 m_joinDialogContext = 0;
-    quint64 m_tickCount = 0;
+    bool m_actionPending = false; // a join, ad-hoc network or power change under way
     QString m_currentThemeName;
 
     NetworkTableModel *m_tableModel = nullptr;

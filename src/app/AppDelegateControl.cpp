@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Power, channel and disconnect, and the toolbar's enabled state.
-#include "app/AlertPresenter.h"
 #include "app/AppDelegate.h"
 #include "app/SegmentedControl.h"
+#include "model/SurveyEngine.h"
 #include "ui_MainWindow.h"
 
 #include <QAction>
+#include <QPointer>
 #include <QToolBar>
 
 #include <cstdlib>
@@ -24,11 +25,20 @@ void AppDelegate::changePower(QObject *sender)
         on = ui->powerStateControl->selectedSegment() == 0;
     else
         on = sender && sender->objectName() == QLatin1String("powerOn");
-    CWError error;
-    if (!ifc.setPower(on, &error))
-        m_alerts->presentError(error);
-    updateInterfaceInfoTab();
-    validateToolbar();
+    if (m_actionPending)
+        return;
+    // Switching the radio may wait for the daemon: the answer comes later.
+    beginAction();
+    QPointer<AppDelegate> self(this);
+    ifc.setPower(on, [self](const CWError &error) {
+        if (!self)
+            return;
+        self->endAction();
+        if (!error.isNull())
+            self->m_engine->showError(error);
+        self->updateInterfaceInfoTab();
+        self->validateToolbar();
+    });
 }
 
 void AppDelegate::changeChannel()
@@ -38,7 +48,7 @@ void AppDelegate::changeChannel()
     const quint64 wanted = quint64(qint64(channel));
     CWError error;
     if (!iface().setChannel(wanted, &error))
-        m_alerts->presentError(error);
+        m_engine->showError(error);
     updateInterfaceInfoTab();
     validateToolbar();
 }

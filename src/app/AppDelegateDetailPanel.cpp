@@ -175,17 +175,17 @@ void AppDelegate::mouseMoved(QWidget *eventWindow, const QPointF &globalPos)
         if (isValid(m_showDetailTimer))
             invalidate(m_showDetailTimer);
         // The bound is the full list; -1 ("no row") lands here too.
-        if (quint64(r) >= quint64(m_networks.size())) {
+        if (quint64(r) >= quint64(networks().size())) {
             detailPanelOrderOut();
             return;
         }
         if (quint64(r) != m_lastMoveOnRow || m_lastMoveOnRow == kNoRow) {
             detailPanelOrderOut();
             m_lastMoveOnRow = quint64(r);
-            if (r < m_filteredNetworks.size()) {
-                const quint64 index = m_filteredNetworks.at(r);
-                if (index < quint64(m_networks.size())) {
-                    m_detailNetworkBssid = m_networks.at(qsizetype(index))->bssid();
+            if (r < filteredNetworks().size()) {
+                const quint64 index = filteredNetworks().at(r);
+                if (index < quint64(networks().size())) {
+                    m_detailNetworkBssid = networks().at(qsizetype(index))->bssid();
                     updateDetailPlot();
                 }
             }
@@ -243,7 +243,7 @@ void AppDelegate::calcDetailPanelLocation()
 
 void AppDelegate::updateDetailPlot()
 {
-    const NetworkObjectRef record = m_networks.networkWithBssid(m_detailNetworkBssid);
+    const NetworkObjectRef record = networks().networkWithBssid(m_detailNetworkBssid);
     if (!record)
         return;
     if (m_detailPlot) {

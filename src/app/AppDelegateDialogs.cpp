@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The join and ad-hoc sheets.
-#include "app/AlertPresenter.h"
 #include "app/AppDelegate.h"
 #include "app/BusySpinner.h"
 #include "app/NetworkTableView.h"
+#include "model/SurveyEngine.h"
 #include "ui_IBSSDialog.h"
 #include "ui_JoinDialog.h"
 #include "ui_MainWindow.h"
@@ -12,8 +12,8 @@
 
 #include <QItemSelectionModel>
 #include <QMainWindow>
+#include <QPointer>
 #include <QSysInfo>
-
 
 namespace {
 const QStringList kSecurityTitles = {
@@ -33,10 +33,9 @@ void addItemMovingDuplicate(QComboBox *popup, const QString &title)
 
 void startSpinner(BusySpinner *spinner)
 {
+    // The action answers later; the spinner turns meanwhile.
     spinner->setVisible(true);
     spinner->startAnimation();
-    // Let it show before the platform call blocks.
-    QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
 }
 
 void stopSpinner(BusySpinner *spinner)
@@ -99,13 +98,13 @@ void AppDelegate::joinButtonPressed()
         return;
     // 3. The row is used as a position in the full list, not through the filtered rows,
     // as the join command has always done; a row past the end of that list opens nothing.
-    if (r >= m_networks.size()) {
+    if (r >= networks().size()) {
         qWarning("joinButtonPressed: row %d is past the end of the list of networks", r);
         return;
     }
     // 2.
     resetDialog();
-    const NetworkObjectRef n = m_networks.at(r);
+    const NetworkObjectRef n = networks().at(r);
     // 4-5.
     m_selectedNetwork = n->cwNetwork();
     joinUi->joinNetworkNameField->setText(
@@ -199,6 +198,9 @@ void AppDelegate::change8021XProfile()
 
 void AppDelegate::joinOKButtonPressed()
 {
+    // One join at a time: a second click while the first is under way does nothing.
+    if (m_actionPending)
+        return;
     // 1.
     startSpinner(joinUi->joinSpinner);
     // 2.
@@ -222,8 +224,10 @@ void AppDelegate::joinOKButtonPressed()
         }
     }
     // 3. Only a join sheet that is still open may associate.
-    if (!m_joinDialogContext)
+    if (!m_joinDialogContext) {
+        stopSpinner(joinUi->joinSpinner);
         return;
+    }
     // 4.
     QVariantMap parameters;
     if (profile) {
@@ -231,16 +235,34 @@ void AppDelegate::joinOKButtonPressed()
     } else if (!joinUi->joinPassphraseField->text().isEmpty()) {
         parameters.insert(kCWAssocKeyPassphrase, joinUi->joinPassphraseField->text());
     }
-    // 5-7.
-    CWError error;
-    const bool joined = iface().associateToNetwork(m_selectedNetwork, parameters, &error);
-    stopSpinner(joinUi->joinSpinner);
-    if (joined) {
-        joinCancelButtonPressed();
-        updateInterfaceInfoTab();
-    } else {
-        m_alerts->presentError(error);
-    }
+    // 5-7. The join may take many seconds (a network that answers slowly, a key
+    // exchange): the window keeps painting and the ticks wait for the answer.
+    beginAction();
+    QPointer<AppDelegate> self(this);
+    iface().associateToNetwork(m_selectedNetwork, parameters, [self](const CWError &error) {
+        if (!self)
+            return;
+        self->endAction();
+        stopSpinner(self->joinUi->joinSpinner);
+        if (error.isNull()) {
+            self->joinCancelButtonPressed();
+            self->updateInterfaceInfoTab();
+        } else {
+            self->m_engine->showError(error);
+        }
+    });
+}
+
+void AppDelegate::beginAction()
+{
+    m_actionPending = true;
+    m_engine->hold();
+}
+
+void AppDelegate::endAction()
+{
+    m_actionPending = false;
+    m_engine->release();
 }
 
 void AppDelegate::joinCancelButtonPressed()
@@ -274,6 +296,8 @@ void AppDelegate::createIBSSButtonPressed()
 
 void AppDelegate::ibssOKButtonPressed()
 {
+    if (m_actionPending)
+        return;
     startSpinner(ibssUi->ibssSpinner);
     const QString name = ibssUi->ibssNetworkNameField->text();
     const qint32 channel = leadingInteger(ibssUi->ibssChannelPopupButton->currentText());
@@ -285,15 +309,20 @@ void AppDelegate::ibssOKButtonPressed()
         parameters.insert(kCWIBSSKeyChannel, channel);
     if (!passphrase.isEmpty())
         parameters.insert(kCWIBSSKeyPassphrase, passphrase);
-    CWError error;
-    const bool created = iface().enableIBSSWithParameters(parameters, &error);
-    stopSpinner(ibssUi->ibssSpinner);
-    if (created) {
-        ibssCancelButtonPressed();
-        updateInterfaceInfoTab();
-    } else {
-        m_alerts->presentError(error);
-    }
+    beginAction();
+    QPointer<AppDelegate> self(this);
+    iface().enableIBSSWithParameters(parameters, [self](const CWError &error) {
+        if (!self)
+            return;
+        self->endAction();
+        stopSpinner(self->ibssUi->ibssSpinner);
+        if (error.isNull()) {
+            self->ibssCancelButtonPressed();
+            self->updateInterfaceInfoTab();
+        } else {
+            self->m_engine->showError(error);
+        }
+    });
 }
 
 void AppDelegate::ibssCancelButtonPressed()

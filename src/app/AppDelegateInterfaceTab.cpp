@@ -107,7 +107,7 @@ NetworkObjectRef AppDelegate::networkOfCurrentInterface() const
     const std::optional<QString> bssid = iface().bssid();
     if (!bssid)
         return nullptr;
-    for (const NetworkObjectRef &record : m_networks) {
+    for (const NetworkObjectRef &record : networks()) {
         if (record->bssid() == *bssid)
             return record;
     }

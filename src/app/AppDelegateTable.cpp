@@ -4,6 +4,7 @@
 #include "app/LevelBarDelegate.h"
 #include "app/NetworkTableModel.h"
 #include "app/NetworkTableView.h"
+#include "model/SurveyEngine.h"
 #include "prefs/PreferenceStore.h"
 #include "ui_MainWindow.h"
 #include "util/StringUtil.h"
@@ -39,18 +40,8 @@ void AppDelegate::setupTable()
 
 void AppDelegate::filterNetworks()
 {
-    m_filteredNetworks.clear();
-    const QString text = ui->searchField->text();
-    m_filteredNetworks.reserve(m_networks.size());
-    for (qsizetype i = 0; i < m_networks.size(); ++i) {
-        const NetworkObject &record = *m_networks.at(i);
-        if (text.isEmpty() ||
-            (record.name() && StringUtil::containsStringIgnoreCase(*record.name(), text)) ||
-            StringUtil::containsStringIgnoreCase(record.bssid(), text) ||
-            (record.comment() && StringUtil::containsStringIgnoreCase(*record.comment(), text)))
-            m_filteredNetworks.append(quint64(i));
-    }
-    reloadTableData();
+    // The engine filters and then asks for reloadTableData() through listChanged.
+    m_engine->filterNetworks();
 }
 
 void AppDelegate::reloadTableData()
@@ -63,12 +54,19 @@ void AppDelegate::reloadTableData()
     if (!m_selectedNetwork)
         return;
     const QString selected = m_selectedNetwork->bssid();
-    const int rows = m_tableModel->rowCount();
-    for (int row = 0; row < rows; ++row) {
-        const quint64 i = m_filteredNetworks.at(row);
-        if (i < quint64(m_networks.size()) && m_networks.at(qsizetype(i))->bssid() == selected) {
-            if (table->currentIndex().row() != row || !table->selectionModel()->isRowSelected(row))
-                table->selectRow(row);
+    const NetworkList &list = networks();
+    const QList<quint64> &rows = filteredNetworks();
+    for (int row = 0; row < m_tableModel->rowCount(); ++row) {
+        const quint64 i = rows.at(row);
+        if (i < quint64(list.size()) && list.at(qsizetype(i))->bssid() == selected) {
+            QItemSelectionModel *selection = table->selectionModel();
+            if (selection->isRowSelected(row) && selection->selectedRows().size() == 1)
+                return;
+            // Select without scrolling: a user who scrolled away stays where they are.
+            const QModelIndex index = m_tableModel->index(row, 0);
+            selection->select(index,
+                              QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+            selection->setCurrentIndex(index, QItemSelectionModel::NoUpdate);
             return;
         }
     }
@@ -76,19 +74,21 @@ void AppDelegate::reloadTableData()
 
 qsizetype AppDelegate::numberOfRowsInTableView() const
 {
-    return m_filteredNetworks.size();
+    return filteredNetworks().size();
 }
 
 QVariant AppDelegate::objectValueForTableColumn(const QString &identifier, qsizetype row) const
 {
     // The row is checked against the full list, as the table has always done; the filtered
     // list is checked too so that a stale row can never read past it.
-    if (row < 0 || row >= m_networks.size() || row >= m_filteredNetworks.size())
+    const NetworkList &list = networks();
+    const QList<quint64> &rows = filteredNetworks();
+    if (row < 0 || row >= list.size() || row >= rows.size())
         return {};
-    const quint64 index = m_filteredNetworks.at(row);
-    if (index >= quint64(m_networks.size()))
+    const quint64 index = rows.at(row);
+    if (index >= quint64(list.size()))
         return {};
-    NetworkObject &r = *m_networks.at(qsizetype(index));
+    NetworkObject &r = *list.at(qsizetype(index));
     auto text = [](const std::optional<QString> &t) { return t ? QVariant(*t) : QVariant(); };
 
     if (identifier == QLatin1String("NETWORK_NAME"))
@@ -131,11 +131,13 @@ void AppDelegate::setObjectValue(const QVariant &value, const QString &identifie
         return;
     if (m_selectedNetwork) {
         const QString bssid = m_selectedNetwork->bssid();
-        for (qsizetype r = 0; r < m_filteredNetworks.size(); ++r) {
-            const quint64 i = m_filteredNetworks.at(r);
-            if (i >= quint64(m_networks.size()))
+        const NetworkList &list = networks();
+        const QList<quint64> &rows = filteredNetworks();
+        for (qsizetype r = 0; r < rows.size(); ++r) {
+            const quint64 i = rows.at(r);
+            if (i >= quint64(list.size()))
                 continue;
-            const NetworkObjectRef &record = m_networks.at(qsizetype(i));
+            const NetworkObjectRef &record = list.at(qsizetype(i));
             if (record->bssid() == bssid) {
                 const QString comment = value.toString();
                 record->setComment(comment);
@@ -156,15 +158,17 @@ void AppDelegate::tableViewSelectionDidChange()
     if (rows.isEmpty())
         return; // a cleared selection keeps the previous network
     const int r = rows.constFirst().row();
-    if (r < 0 || r >= m_filteredNetworks.size())
+    const QList<quint64> &filtered = filteredNetworks();
+    if (r < 0 || r >= filtered.size())
         return;
-    const quint64 i = m_filteredNetworks.at(r);
-    if (i < quint64(m_networks.size()))
-        m_selectedNetwork = m_networks.at(qsizetype(i))->cwNetwork();
+    const quint64 i = filtered.at(r);
+    if (i < quint64(networks().size()))
+        m_selectedNetwork = networks().at(qsizetype(i))->cwNetwork();
 }
 
 void AppDelegate::controlTextDidChange(QObject *sender)
 {
     // The search text takes effect at the next cycle's filter, not on every keystroke.
-    Q_UNUSED(sender);
+    if (sender == ui->searchField)
+        m_engine->setSearchText(ui->searchField->text());
 }

@@ -4,15 +4,21 @@
 #include <QDir>
 #include <QFileDialog>
 
-QString DialogFileChooser::chooseSaveFile(QWidget *parent, const QString &startDirectory,
-                                          const QString &representedName)
+void DialogFileChooser::chooseSaveFile(QWidget *parent, const QString &startDirectory,
+                                       const QString &representedName, Chosen chosen)
 {
-    QFileDialog dialog(parent, representedName);
-    dialog.setAcceptMode(QFileDialog::AcceptSave);
-    dialog.setFileMode(QFileDialog::AnyFile);
-    dialog.setDirectory(QDir(startDirectory).exists() ? startDirectory : QDir::homePath());
-    dialog.selectFile(representedName);
-    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
-        return {};
-    return dialog.selectedFiles().constFirst();
+    auto *dialog = new QFileDialog(parent, representedName);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->setAcceptMode(QFileDialog::AcceptSave);
+    dialog->setFileMode(QFileDialog::AnyFile);
+    dialog->setDirectory(QDir(startDirectory).exists() ? startDirectory : QDir::homePath());
+    dialog->selectFile(representedName);
+    // A sheet of the window: it answers when closed, the event loop runs on meanwhile.
+    dialog->setWindowModality(parent ? Qt::WindowModal : Qt::ApplicationModal);
+    QObject::connect(
+        dialog, &QFileDialog::finished, dialog, [dialog, chosen = std::move(chosen)](int result) {
+            const QStringList files = dialog->selectedFiles();
+            chosen(result == QDialog::Accepted && !files.isEmpty() ? files.first() : QString());
+        });
+    dialog->open();
 }

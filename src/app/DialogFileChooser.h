@@ -7,6 +7,6 @@
 class DialogFileChooser final : public FileChooser
 {
 public:
-    QString chooseSaveFile(QWidget *parent, const QString &startDirectory,
-                           const QString &representedName) override;
+    void chooseSaveFile(QWidget *parent, const QString &startDirectory,
+                        const QString &representedName, Chosen chosen) override;
 };

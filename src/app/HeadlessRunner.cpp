@@ -1,21 +1,21 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/HeadlessRunner.h"
 
-#include "app/AppDelegate.h"
-#include "app/StreamAlertPresenter.h"
 #include "model/ExportDocument.h"
+#include "model/SurveyEngine.h"
 #include "prefs/PreferenceStore.h"
 #include "util/Clock.h"
+#include "util/StreamAlertPresenter.h"
+#include "wireless/CWInterface.h"
 
 #include <QCoreApplication>
-#include <QEventLoop>
-#include <QLineEdit>
-#include <QMainWindow>
 #include <QSocketNotifier>
 #include <QTimer>
 
+#include <cerrno>
 #include <csignal>
 #include <cstdio>
+#include <cstring>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -30,11 +30,17 @@ void onSignal(int)
     [[maybe_unused]] ssize_t n = ::write(signalPipe[0], &byte, 1);
 }
 
-bool writeStdout(const QString &text)
+// Standard output may be a pipe, a file or a full device: every step is checked, and the
+// system's reason is what the user reads.
+bool writeStdout(const QString &text, QString *error)
 {
     const QByteArray bytes = text.toUtf8();
+    errno = 0;
     const size_t written = std::fwrite(bytes.constData(), 1, size_t(bytes.size()), stdout);
-    return written == size_t(bytes.size()) && std::fflush(stdout) == 0;
+    if (written == size_t(bytes.size()) && std::fflush(stdout) == 0)
+        return true;
+    *error = QString::fromLocal8Bit(std::strerror(errno ? errno : EIO));
+    return false;
 }
 } // namespace
 
@@ -43,6 +49,10 @@ HeadlessRunner::HeadlessRunner(const Options &options, PreferenceStore *preferen
     : QObject(parent), m_options(options), m_preferences(preferences),
       m_alerts(std::make_unique<StreamAlertPresenter>(true))
 {
+    if (!m_preferences) {
+        m_ownedPreferences = std::make_unique<PreferenceStore>();
+        m_preferences = m_ownedPreferences.get();
+    }
     m_terminal = options.progress && ::isatty(STDERR_FILENO);
 }
 
@@ -73,74 +83,61 @@ void HeadlessRunner::installSignalHandlers()
     });
 }
 
-int HeadlessRunner::exec()
+bool HeadlessRunner::start()
 {
     activeRunner = this;
 
     // The log is opened first: a log that cannot be written ends the run before it starts.
     if (!m_options.logTsv.isEmpty()) {
         m_log.setFileName(m_options.logTsv);
-        if (!m_log.open(QIODevice::WriteOnly | QIODevice::Append | QIODevice::Text)) {
+        bool ok = m_log.open(QIODevice::WriteOnly | QIODevice::Append | QIODevice::Text);
+        if (ok && m_log.size() == 0) {
+            const QByteArray head =
+                QStringLiteral("Time\t").toUtf8() + NetworkObject::csvHeadString().toUtf8();
+            ok = m_log.write(head) == head.size() && m_log.flush();
+        }
+        if (!ok) {
             std::fprintf(stderr, "Cannot write the log %s: %s\n", qUtf8Printable(m_options.logTsv),
                          qUtf8Printable(m_log.errorString()));
-            return OutputFailed;
-        }
-        if (m_log.size() == 0) {
-            m_log.write(QStringLiteral("Time\t").toUtf8() +
-                        NetworkObject::csvHeadString().toUtf8());
-            m_log.flush();
+            m_exitCode = OutputFailed;
+            return false;
         }
     }
 
-    AppDelegate::Options options;
-    options.alerts = m_alerts.get();
-    options.preferences = m_preferences;
-    options.headless = true;
-    options.runStartupProbe = false; // its lines would mix with an export on standard output
-    options.startTimer = false;
-    m_controller = std::make_unique<AppDelegate>(options);
-
-    if (CWInterface::supportedInterfaces().isEmpty()) {
+    m_engine = std::make_unique<SurveyEngine>(m_preferences, m_alerts.get());
+    const QStringList interfaces = CWInterface::supportedInterfaces();
+    if (interfaces.isEmpty()) {
         std::fprintf(stderr, "No usable wireless interface.\n");
-        return NoInterface;
+        m_exitCode = NoInterface;
+        return false;
     }
-    if (auto *search =
-            m_controller->window()->findChild<QLineEdit *>(QStringLiteral("searchField")))
-        search->setText(m_options.filter);
-
-    m_controller->cycleObserver = [this] { afterWorkingCycle(); };
-    // Launching runs the first scan and the first full cycle.
-    m_controller->applicationDidFinishLaunching();
-    if (!m_controller->currentInterface()) {
+    m_engine->setSearchText(m_options.filter);
+    // The first interface the platform returns, as the window picks it at launch.
+    m_engine->setCurrentInterface(CWInterface::interfaceWithName(interfaces.constFirst()));
+    if (!m_engine->currentInterface()) {
         std::fprintf(stderr, "No usable wireless interface.\n");
-        return NoInterface;
+        m_exitCode = NoInterface;
+        return false;
     }
+    connect(m_engine.get(), &SurveyEngine::cycleFinished, this, &HeadlessRunner::afterWorkingCycle);
+
+    // Launching: the first scan, then one full cycle from tick 0, as the window does.
+    m_engine->updateNetworks();
+    m_engine->updateData();
+    m_engine->setTickCount(0);
     ++m_cyclesRun;
     printProgress(false);
 
     const double seconds =
-        m_options.interval ? *m_options.interval : double(m_controller->updateInterval());
-    if (!m_stopping && (m_options.cycles < 0 || m_cyclesRun < m_options.cycles)) {
-        QEventLoop loop;
-        m_timer = new QTimer(this);
-        m_timer->setInterval(int(qBound(0.0, seconds * 1000.0, 86400000.0)));
-        connect(m_timer, &QTimer::timeout, this, &HeadlessRunner::runCycle);
+        m_options.interval ? *m_options.interval : double(m_preferences->updateIntervalValue());
+    m_timer = new QTimer(this);
+    m_timer->setInterval(int(qBound(0.0, seconds * 1000.0, 86400000.0)));
+    connect(m_timer, &QTimer::timeout, this, &HeadlessRunner::runCycle);
+    if (!m_stopping && (m_options.cycles < 0 || m_cyclesRun < m_options.cycles))
         m_timer->start();
-        while (!m_stopping && (m_options.cycles < 0 || m_cyclesRun < m_options.cycles))
-            loop.processEvents(QEventLoop::WaitForMoreEvents);
-        m_timer->stop();
-    }
-    printProgress(true);
-
-    if (m_logFailed) {
-        std::fprintf(stderr, "Cannot write the log %s: %s\n", qUtf8Printable(m_options.logTsv),
-                     qUtf8Printable(m_logError));
-        m_exitCode = OutputFailed;
-    }
-    if (!writeOutputs())
-        m_exitCode = OutputFailed;
-    activeRunner = nullptr;
-    return m_exitCode;
+    else
+        QTimer::singleShot(0, this, &HeadlessRunner::finishWhenIdle);
+    return true;
 }
 
 void HeadlessRunner::stop()
@@ -148,18 +145,52 @@ void HeadlessRunner::stop()
     m_stopping = true;
     if (m_timer)
         m_timer->stop();
-    // Wake the loop if it is waiting for the next tick.
-    QMetaObject::invokeMethod(
-        this, [] {}, Qt::QueuedConnection);
+    QTimer::singleShot(0, this, &HeadlessRunner::finishWhenIdle);
 }
 
 void HeadlessRunner::runCycle()
 {
-    if (m_stopping)
+    // A cycle still waiting for its authorization is not run over.
+    if (m_stopping || m_engine->isHeld())
         return;
-    m_controller->performUpdateCycle();
+    m_engine->performUpdateCycle();
     ++m_cyclesRun;
     printProgress(false);
+    if (m_options.cycles >= 0 && m_cyclesRun >= m_options.cycles) {
+        m_timer->stop();
+        finishWhenIdle();
+    }
+}
+
+void HeadlessRunner::finishWhenIdle()
+{
+    if (m_finished)
+        return;
+    // The last cycle may still wait for its authorization: its rows belong in the outputs.
+    if (m_engine && m_engine->isHeld()) {
+        QTimer::singleShot(50, this, &HeadlessRunner::finishWhenIdle);
+        return;
+    }
+    m_finished = true;
+    printProgress(true);
+    if (m_logFailed) {
+        std::fprintf(stderr, "Cannot write the log %s: %s\n", qUtf8Printable(m_options.logTsv),
+                     qUtf8Printable(m_logError));
+        m_exitCode = OutputFailed;
+    }
+    if (m_log.isOpen()) {
+        m_log.close();
+        if (!m_logFailed && m_log.error() != QFileDevice::NoError) {
+            std::fprintf(stderr, "Cannot write the log %s: %s\n", qUtf8Printable(m_options.logTsv),
+                         qUtf8Printable(m_log.errorString()));
+            m_exitCode = OutputFailed;
+        }
+    }
+    if (!writeOutputs())
+        m_exitCode = OutputFailed;
+    if (activeRunner == this)
+        activeRunner = nullptr;
+    Q_EMIT finished(m_exitCode);
 }
 
 void HeadlessRunner::afterWorkingCycle()
@@ -174,9 +205,9 @@ void HeadlessRunner::afterWorkingCycle()
 bool HeadlessRunner::writeLogBlock()
 {
     const QString stamp = Clock::now().toString(Qt::ISODateWithMs);
-    const NetworkList &networks = m_controller->networks();
+    const NetworkList &networks = m_engine->networks();
     QByteArray block;
-    for (quint64 index : m_controller->filteredNetworks()) {
+    for (quint64 index : m_engine->filteredNetworks()) {
         if (index >= quint64(networks.size()))
             continue;
         block += stamp.toUtf8();
@@ -192,21 +223,18 @@ bool HeadlessRunner::writeLogBlock()
 bool HeadlessRunner::writeOutputs()
 {
     bool ok = true;
-    const NetworkList &networks = m_controller->networks();
-    const QList<quint64> &rows = m_controller->filteredNetworks();
+    if (!m_engine)
+        return ok;
+    const NetworkList &networks = m_engine->networks();
+    const QList<quint64> &rows = m_engine->filteredNetworks();
     auto write = [&ok](const QString &path, const QString &text) {
-        if (path.isEmpty())
-            return;
-        if (path == QLatin1String("-")) {
-            if (!writeStdout(text)) {
-                std::fprintf(stderr, "Cannot write to standard output\n");
-                ok = false;
-            }
-            return;
-        }
         QString error;
-        if (!ExportDocument::writeDocument(path, text, &error)) {
-            std::fprintf(stderr, "Cannot write %s: %s\n", qUtf8Printable(path),
+        const bool written = path == QLatin1String("-")
+                                 ? writeStdout(text, &error)
+                                 : ExportDocument::writeDocument(path, text, &error);
+        if (!written) {
+            std::fprintf(stderr, "Cannot write %s: %s\n",
+                         path == QLatin1String("-") ? "to standard output" : qUtf8Printable(path),
                          qUtf8Printable(error));
             ok = false;
         }
@@ -226,7 +254,7 @@ void HeadlessRunner::printProgress(bool final)
         m_options.cycles > 0 ? QString::number(m_options.cycles) : QStringLiteral("∞");
     std::fprintf(stderr, "\rcycle %lld of %s, %lld networks seen%s",
                  static_cast<long long>(m_cyclesRun), qUtf8Printable(total),
-                 static_cast<long long>(m_controller ? m_controller->networks().size() : 0),
+                 static_cast<long long>(m_engine ? m_engine->networks().size() : 0),
                  final ? "\n" : "   ");
     std::fflush(stderr);
 }

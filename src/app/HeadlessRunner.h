@@ -8,15 +8,14 @@
 #include <memory>
 #include <optional>
 
-class AppDelegate;
 class PreferenceStore;
-class QSocketNotifier;
-class QTimer;
 class StreamAlertPresenter;
+class SurveyEngine;
+class QTimer;
 
-// Runs the controller's update cycle without a window: for scripts, logging and checks.
-// Alerts become lines on standard error; outputs are written atomically at the end, the
-// log is appended and flushed every cycle.
+// Runs the survey's update cycle without a window, on a QCoreApplication: for scripts,
+// logging and checks. Alerts become lines on standard error; outputs are written atomically
+// at the end, the log is appended and flushed every cycle.
 class HeadlessRunner final : public QObject
 {
     Q_OBJECT
@@ -38,16 +37,22 @@ public:
                             QObject *parent = nullptr);
     ~HeadlessRunner() override;
 
-    // Runs to the end and returns the process exit code. Needs a Q(Gui)Application.
-    int exec();
+    // Starts the run: launch scan and first cycle now, then a cycle per interval. Returns
+    // false (and sets exitCode()) when it ends before it starts. finished() follows the
+    // last cycle, once the outputs are written.
+    bool start();
     // Ends the run after the current cycle (what SIGINT and SIGTERM do).
     void stop();
+    int exitCode() const { return m_exitCode; }
 
-    AppDelegate *controller() const { return m_controller.get(); }
+    SurveyEngine *engine() const { return m_engine.get(); }
     qint64 cyclesRun() const { return m_cyclesRun; }
 
     // Routes SIGINT and SIGTERM of the process to stop() of the running runner.
     static void installSignalHandlers();
+
+Q_SIGNALS:
+    void finished(int exitCode);
 
 private:
     void runCycle();
@@ -55,11 +60,13 @@ private:
     bool writeLogBlock();
     bool writeOutputs();
     void printProgress(bool final);
+    void finishWhenIdle();
 
     Options m_options;
     PreferenceStore *m_preferences;
+    std::unique_ptr<PreferenceStore> m_ownedPreferences;
     std::unique_ptr<StreamAlertPresenter> m_alerts;
-    std::unique_ptr<AppDelegate> m_controller;
+    std::unique_ptr<SurveyEngine> m_engine;
     QTimer *m_timer = nullptr;
     QFile m_log;
     bool m_logFailed = false;
@@ -67,5 +74,6 @@ private:
     qint64 m_cyclesRun = 0;
     int m_exitCode = Done;
     bool m_stopping = false;
+    bool m_finished = false;
     bool m_terminal = false;
 };

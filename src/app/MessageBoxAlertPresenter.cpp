@@ -4,34 +4,52 @@
 #include <QMessageBox>
 #include <QPushButton>
 
-void MessageBoxAlertPresenter::runCriticalAlert(const QString &title, const QString &message,
-                                                const QString &button)
+namespace {
+// Opens the box as a sheet of the window and returns at once; the box deletes itself when
+// it is closed, after telling the caller.
+void openBox(QMessageBox *box, AlertPresenter::Dismissed dismissed)
 {
-    QMessageBox box(QMessageBox::Critical, title, message, QMessageBox::NoButton, m_parent);
-    box.addButton(button, QMessageBox::AcceptRole);
-    box.exec();
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    box->setWindowModality(box->parentWidget() ? Qt::WindowModal : Qt::ApplicationModal);
+    QObject::connect(box, &QMessageBox::finished, box, [dismissed = std::move(dismissed)] {
+        if (dismissed)
+            dismissed();
+    });
+    box->open();
+}
+} // namespace
+
+void MessageBoxAlertPresenter::runCriticalAlert(const QString &title, const QString &message,
+                                                const QString &button, Dismissed dismissed)
+{
+    auto *box =
+        new QMessageBox(QMessageBox::Critical, title, message, QMessageBox::NoButton, m_parent);
+    box->addButton(button, QMessageBox::AcceptRole);
+    openBox(box, std::move(dismissed));
 }
 
 void MessageBoxAlertPresenter::runAlert(const QString &message, const QString &informativeText,
-                                        const QString &button)
+                                        const QString &button, Dismissed dismissed)
 {
-    QMessageBox box(QMessageBox::Warning, message, message, QMessageBox::NoButton, m_parent);
-    box.setInformativeText(informativeText);
-    box.addButton(button, QMessageBox::AcceptRole);
-    box.exec();
+    auto *box =
+        new QMessageBox(QMessageBox::Warning, message, message, QMessageBox::NoButton, m_parent);
+    box->setInformativeText(informativeText);
+    box->addButton(button, QMessageBox::AcceptRole);
+    openBox(box, std::move(dismissed));
 }
 
-void MessageBoxAlertPresenter::presentError(const CWError &error)
+void MessageBoxAlertPresenter::presentError(const CWError &error, Dismissed dismissed)
 {
-    QMessageBox box(QMessageBox::Warning, QObject::tr("Error"), error.localizedDescription(),
-                    QMessageBox::Ok, m_parent);
-    box.exec();
+    auto *box = new QMessageBox(QMessageBox::Warning, QObject::tr("Error"),
+                                error.localizedDescription(), QMessageBox::Ok, m_parent);
+    openBox(box, std::move(dismissed));
 }
 
 void MessageBoxAlertPresenter::runTitledAlert(const QString &title, const QString &message,
-                                              const QString &button)
+                                              const QString &button, Dismissed dismissed)
 {
-    QMessageBox box(QMessageBox::Warning, title, message, QMessageBox::NoButton, m_parent);
-    box.addButton(button, QMessageBox::AcceptRole);
-    box.exec();
+    auto *box =
+        new QMessageBox(QMessageBox::Warning, title, message, QMessageBox::NoButton, m_parent);
+    box->addButton(button, QMessageBox::AcceptRole);
+    openBox(box, std::move(dismissed));
 }

@@ -2,9 +2,11 @@
 #include "app/NetworkTableModel.h"
 
 #include "app/AppDelegate.h"
+#include "model/NetworkObject.h"
 
 #include <QImage>
 #include <QPixmap>
+#include <algorithm>
 
 namespace {
 struct ColumnInfo
@@ -55,7 +57,7 @@ int NetworkTableModel::columnForIdentifier(const QString &identifier)
 
 int NetworkTableModel::rowCount(const QModelIndex &parent) const
 {
-    return parent.isValid() ? 0 : m_rows;
+    return parent.isValid() ? 0 : int(m_rows.size());
 }
 
 int NetworkTableModel::columnCount(const QModelIndex &parent) const
@@ -119,14 +121,125 @@ QVariant NetworkTableModel::headerData(int section, Qt::Orientation orientation,
     return {};
 }
 
+NetworkTableModel::Row NetworkTableModel::rowOf(const NetworkObject &record)
+{
+    return Row{&record, record.lastUpdated(), record.comment()};
+}
+
+QList<NetworkTableModel::Row> NetworkTableModel::currentRows() const
+{
+    const NetworkList &list = m_controller->networks();
+    QList<Row> rows;
+    const QList<quint64> &filtered = m_controller->filteredNetworks();
+    rows.reserve(filtered.size());
+    for (quint64 i : filtered) {
+        // A row past the list reads as empty cells, as the data source answers for it.
+        rows.append(i < quint64(list.size()) ? rowOf(*list.at(qsizetype(i))) : Row{});
+    }
+    return rows;
+}
+
+namespace {
+// Whether `part` is `whole` with some rows left out, order kept (records compared).
+template <typename Row> bool isSubsequence(const QList<Row> &part, const QList<Row> &whole)
+{
+    qsizetype matched = 0;
+    for (const Row &row : whole) {
+        if (matched < part.size() && row.record == part.at(matched).record)
+            ++matched;
+    }
+    return matched == part.size();
+}
+} // namespace
+
+// The rows as they were, in the same order, with new ones between them: insert those.
+bool NetworkTableModel::applyInsertions(const QList<Row> &now)
+{
+    if (!isSubsequence(m_rows, now))
+        return false;
+    const QList<Row> old = m_rows;
+    qsizetype j = 0;
+    for (qsizetype i = 0; i < now.size();) {
+        if (j < old.size() && now.at(i).record == old.at(j).record) {
+            ++i;
+            ++j;
+            continue;
+        }
+        qsizetype end = i;
+        while (end < now.size() && (j >= old.size() || now.at(end).record != old.at(j).record))
+            ++end;
+        beginInsertRows({}, int(i), int(end - 1));
+        m_rows.insert(i, end - i, Row{});
+        for (qsizetype k = i; k < end; ++k)
+            m_rows[k] = now.at(k);
+        endInsertRows();
+        i = end;
+    }
+    return true;
+}
+
+// Some of the rows as they were, in the same order, and nothing new: remove the rest.
+bool NetworkTableModel::applyRemovals(const QList<Row> &now)
+{
+    if (!isSubsequence(now, m_rows))
+        return false;
+    const QList<Row> old = m_rows;
+    qsizetype i = 0; // row in `now`, and in the model as far as it is done
+    for (qsizetype j = 0; j < old.size();) {
+        if (i < now.size() && old.at(j).record == now.at(i).record) {
+            ++i;
+            ++j;
+            continue;
+        }
+        qsizetype count = 0;
+        while (j < old.size() && (i >= now.size() || old.at(j).record != now.at(i).record)) {
+            ++j;
+            ++count;
+        }
+        beginRemoveRows({}, int(i), int(i + count - 1));
+        m_rows.remove(i, count);
+        endRemoveRows();
+    }
+    return true;
+}
+
+void NetworkTableModel::emitChangedRows(const QList<Row> &now)
+{
+    qsizetype first = -1;
+    auto flush = [&](qsizetype endRow) {
+        if (first >= 0)
+            Q_EMIT dataChanged(index(int(first), 0), index(int(endRow - 1), ColumnCount - 1));
+        first = -1;
+    };
+    for (qsizetype i = 0; i < now.size(); ++i) {
+        const Row &was = m_rows.at(i);
+        const Row &is = now.at(i);
+        const bool changed = was.updated != is.updated || was.comment != is.comment;
+        m_rows[i] = is;
+        if (changed && first < 0)
+            first = i;
+        else if (!changed)
+            flush(i);
+    }
+    flush(now.size());
+    // "Last Seen" counts from now, so it moves on in every row.
+    if (!now.isEmpty())
+        Q_EMIT dataChanged(index(0, LastSeenColumn), index(int(now.size() - 1), LastSeenColumn));
+}
+
 void NetworkTableModel::reload()
 {
-    const int rows = int(m_controller->numberOfRowsInTableView());
-    if (rows != m_rows) {
+    const QList<Row> now = currentRows();
+    const bool sameOrder =
+        now.size() == m_rows.size() &&
+        std::equal(now.begin(), now.end(), m_rows.begin(),
+                   [](const Row &a, const Row &b) { return a.record == b.record; });
+    if (!sameOrder && !(now.size() > m_rows.size() && applyInsertions(now)) &&
+        !(now.size() < m_rows.size() && applyRemovals(now))) {
         beginResetModel();
-        m_rows = rows;
+        m_rows = now;
         endResetModel();
-    } else if (rows > 0) {
-        Q_EMIT dataChanged(index(0, 0), index(rows - 1, ColumnCount - 1));
+        return;
     }
+    emitChangedRows(now);
 }

@@ -2,9 +2,14 @@
 #pragma once
 
 #include <QAbstractTableModel>
+#include <QDateTime>
+#include <QList>
 #include <QStringList>
 
+#include <optional>
+
 class AppDelegate;
+class NetworkObject;
 
 // A thin model over the controller: rows and cells come from AppDelegate by column
 // identifier, edits of the comment column go back to it. It holds no data of its own.
@@ -43,10 +48,26 @@ public:
     Qt::ItemFlags flags(const QModelIndex &index) const override;
     QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
 
-    // Re-read everything: a reset when the number of rows changed, else one dataChanged.
+    // Brings the rows in step with the controller's filtered list: rows that appeared are
+    // inserted and rows that went are removed (so the view keeps its scroll position and
+    // selection), changed rows get a dataChanged of their own; only a list that was
+    // rebuilt in another order is reset.
     void reload();
 
 private:
+    // What a row showed when it was last read, to tell which rows changed.
+    struct Row
+    {
+        const NetworkObject *record = nullptr;
+        QDateTime updated;
+        std::optional<QString> comment;
+    };
+    static Row rowOf(const NetworkObject &record);
+    QList<Row> currentRows() const;
+    bool applyInsertions(const QList<Row> &now);
+    bool applyRemovals(const QList<Row> &now);
+    void emitChangedRows(const QList<Row> &now);
+
     AppDelegate *m_controller;
-    int m_rows = 0;
+    QList<Row> m_rows;
 };

@@ -8,7 +8,9 @@
 #include "wireless/replay/ReplayBackend.h"
 
 #include <QApplication>
+#include <QCoreApplication>
 #include <QFileInfo>
+#include <QGuiApplication>
 #include <QIcon>
 #include <QMainWindow>
 #include <QStatusBar>
@@ -31,33 +33,22 @@ BackendFactory::Kind kindOf(CommandLineOptions::Backend backend)
     }
     return BackendFactory::Kind::Auto;
 }
-} // namespace
 
-int main(int argc, char *argv[])
+// Everything after Qt has started. `gui` is false for headless runs, help and version,
+// which run on a QCoreApplication: no platform plugin, no window, no display needed.
+int run(bool gui)
 {
-    // Headless runs, help and version need no display: pick the offscreen platform before
-    // Qt starts. The window does need one; say so instead of letting Qt abort.
-    if (CommandLineOptions::wantsHeadless(argc, argv) ||
-        CommandLineOptions::wantsInfo(argc, argv)) {
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-    } else if (qEnvironmentVariableIsEmpty("DISPLAY") &&
-               qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY") &&
-               qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) {
-        std::fprintf(stderr, "There is no display to show the window on (DISPLAY and "
-                             "WAYLAND_DISPLAY are unset). Start it in a desktop session, or "
-                             "use --headless (see --help).\n");
-        return 1;
+    QCoreApplication::setOrganizationName(QStringLiteral("Corvane"));
+    QCoreApplication::setApplicationName(QStringLiteral("Wi-Fi Monitor"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(CORVANE_VERSION));
+    if (gui) {
+        QGuiApplication::setDesktopFileName(QStringLiteral("corvane"));
+        QGuiApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/corvane.svg")));
     }
-    QApplication app(argc, argv);
-    QApplication::setOrganizationName(QStringLiteral("Corvane"));
-    QApplication::setApplicationName(QStringLiteral("Wi-Fi Monitor"));
-    QApplication::setApplicationVersion(QStringLiteral(CORVANE_VERSION));
-    QApplication::setDesktopFileName(QStringLiteral("corvane"));
-    QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/corvane.svg")));
 
     CommandLineOptions options;
     QString error;
-    if (!options.parse(QApplication::arguments(), &error)) {
+    if (!options.parse(QCoreApplication::arguments(), &error)) {
         std::fprintf(stderr, "%s\n\n%s", qUtf8Printable(error),
                      qUtf8Printable(CommandLineOptions::usage()));
         return HeadlessRunner::BadArguments;
@@ -110,9 +101,16 @@ int main(int argc, char *argv[])
             QObject::connect(replay, &ReplayBackend::replayFinished, &runner,
                              &HeadlessRunner::stop);
         }
-        const int code = runner.exec();
+        QObject::connect(&runner, &HeadlessRunner::finished, QCoreApplication::instance(),
+                         &QCoreApplication::exit);
+        const int code = runner.start() ? QCoreApplication::exec() : runner.exitCode();
         WirelessBackend::setCurrent(nullptr);
         return code;
+    }
+    if (!gui) {
+        // Only the window needs a display; a headless request never gets here.
+        std::fprintf(stderr, "Internal error: no window without a display\n");
+        return 1;
     }
 
     AppDelegate::Options appOptions;
@@ -133,7 +131,28 @@ int main(int argc, char *argv[])
     QApplication::setQuitOnLastWindowClosed(
         AppDelegate::applicationShouldTerminateAfterLastWindowClosed());
     QTimer::singleShot(0, &controller, &AppDelegate::applicationDidFinishLaunching);
-    const int code = app.exec();
+    const int code = QApplication::exec();
     WirelessBackend::setCurrent(nullptr);
     return code;
+}
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    // Headless runs, help and version need no display and no platform plugin at all. The
+    // window does need one; say so instead of letting Qt abort.
+    if (CommandLineOptions::wantsHeadless(argc, argv) ||
+        CommandLineOptions::wantsInfo(argc, argv)) {
+        QCoreApplication app(argc, argv);
+        return run(false);
+    }
+    if (qEnvironmentVariableIsEmpty("DISPLAY") && qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY") &&
+        qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) {
+        std::fprintf(stderr, "There is no display to show the window on (DISPLAY and "
+                             "WAYLAND_DISPLAY are unset). Start it in a desktop session, or "
+                             "use --headless (see --help).\n");
+        return 1;
+    }
+    QApplication app(argc, argv);
+    return run(true);
 }

@@ -2,7 +2,7 @@
 // The sheets end to end against the simulated radio: joining with the right and a wrong
 // passphrase, an enterprise network with a stored profile, and a new ad-hoc network.
 #include "app/AppDelegate.h"
-#include "app/StreamAlertPresenter.h"
+#include "util/StreamAlertPresenter.h"
 #include "prefs/PreferenceStore.h"
 #include "util/Clock.h"
 #include "util/RandomSource.h"

@@ -5,7 +5,7 @@
 // Exit code 1 when a picture is blank (one colour) or cannot be written.
 #include "app/AppDelegate.h"
 #include "app/SegmentedControl.h"
-#include "app/StreamAlertPresenter.h"
+#include "util/StreamAlertPresenter.h"
 #include "prefs/PreferenceStore.h"
 #include "util/Clock.h"
 #include "util/RandomSource.h"

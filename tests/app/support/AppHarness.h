@@ -4,9 +4,9 @@
 #include "FakeBackend.h"
 #include "app/AppDelegate.h"
 #include "app/FileChooser.h"
-#include "app/StreamAlertPresenter.h"
 #include "util/Clock.h"
 #include "util/RandomSource.h"
+#include "util/StreamAlertPresenter.h"
 
 #include <QMainWindow>
 #include <QTemporaryDir>
@@ -19,12 +19,12 @@ class PreferenceStore;
 class FakeFileChooser final : public FileChooser
 {
 public:
-    QString chooseSaveFile(QWidget *, const QString &startDirectory,
-                           const QString &representedName) override
+    void chooseSaveFile(QWidget *, const QString &startDirectory, const QString &representedName,
+                        Chosen chosen) override
     {
         lastStartDirectory = startDirectory;
         lastRepresentedName = representedName;
-        return answer;
+        chosen(answer);
     }
     QString answer;
     QString lastStartDirectory;

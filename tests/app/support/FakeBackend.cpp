@@ -105,3 +105,33 @@ CWNetworkRef FakeBackend::secured(const QString &bssid, const QString &ssid, int
     d.wirelessProfile = std::move(profile);
     return CWNetwork::create(d);
 }
+
+void FakeBackend::obtainAuthorizationAsync(const QString &right, quint32 flags, Completion done)
+{
+    if (!deferAnswers) {
+        WirelessBackend::obtainAuthorizationAsync(right, flags, std::move(done));
+        return;
+    }
+    deferred.append([this, right, flags, done = std::move(done)] {
+        WirelessBackend::obtainAuthorizationAsync(right, flags, done);
+    });
+}
+
+void FakeBackend::associateToNetworkAsync(const QString &name, const CWNetworkRef &network,
+                                          const QVariantMap &parameters, Completion done)
+{
+    if (!deferAnswers) {
+        WirelessBackend::associateToNetworkAsync(name, network, parameters, std::move(done));
+        return;
+    }
+    deferred.append([this, name, network, parameters, done = std::move(done)] {
+        WirelessBackend::associateToNetworkAsync(name, network, parameters, done);
+    });
+}
+
+void FakeBackend::answerDeferred()
+{
+    const QList<std::function<void()>> answers = std::exchange(deferred, {});
+    for (const auto &answer : answers)
+        answer();
+}

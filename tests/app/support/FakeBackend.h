@@ -38,6 +38,14 @@ public:
     bool associateToNetwork(const QString &name, const CWNetworkRef &network,
                             const QVariantMap &parameters, CWError *error) override;
     bool enableIBSS(const QString &name, const QVariantMap &parameters, CWError *error) override;
+    // With `deferAnswers`, authorizations and joins are answered only by answerDeferred(),
+    // as a daemon that takes its time would.
+    void obtainAuthorizationAsync(const QString &right, quint32 flags, Completion done) override;
+    void associateToNetworkAsync(const QString &name, const CWNetworkRef &network,
+                                 const QVariantMap &parameters, Completion done) override;
+    void answerDeferred();
+    bool deferAnswers = false;
+    QList<std::function<void()>> deferred;
 
     // A network as a scan reports it.
     static CWNetworkRef network(const QString &bssid, const std::optional<QString> &ssid,

@@ -1,0 +1,102 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "model/NetworkList.h"
+#include "wireless/CWInterface.h"
+#include "wireless/CWNetwork.h"
+
+#include <QList>
+#include <QObject>
+#include <QString>
+
+#include <functional>
+
+class AlertPresenter;
+class PreferenceStore;
+
+// The survey itself, without any window: the interface in use, every network record, the
+// latest raw scan, the rows that match the search text, and the once-a-second tick that
+// authorizes, scans, merges and filters. The window, the headless run and the sensor all
+// drive this object and draw or write what it holds.
+//
+// Nothing here waits: an authorization or an alert that has not been answered yet holds
+// the ticks (they neither work nor count) until it is, so a cycle never overlaps another
+// one or a pending join.
+class SurveyEngine final : public QObject
+{
+    Q_OBJECT
+public:
+    struct Statistics
+    {
+        quint64 scansTotal = 0;
+        quint64 scanErrorsTotal = 0;
+        double lastScanSeconds = 0;
+        double lastCycleSeconds = 0;
+    };
+
+    SurveyEngine(PreferenceStore *preferences, AlertPresenter *alerts, QObject *parent = nullptr);
+    ~SurveyEngine() override;
+
+    CWInterfaceRef currentInterface() const { return m_currentInterface; }
+    void setCurrentInterface(const CWInterfaceRef &interface) { m_currentInterface = interface; }
+    const NetworkList &networks() const { return m_networks; }
+    const QList<CWNetworkRef> &scanResults() const { return m_scanResults; }
+    const QList<quint64> &filteredNetworks() const { return m_filteredNetworks; }
+    // The search text takes effect at the next filterNetworks(), not when it is set.
+    QString searchText() const { return m_searchText; }
+    void setSearchText(const QString &text) { m_searchText = text; }
+    quint64 tickCount() const { return m_tickCount; }
+    void setTickCount(quint64 count) { m_tickCount = count; }
+    const Statistics &statistics() const { return m_statistics; }
+    PreferenceStore *preferences() const { return m_preferences; }
+    AlertPresenter *alerts() const { return m_alerts; }
+
+    // One tick: works on every n-th one (n the update interval in seconds), counting from 0.
+    void updateData();
+    // The working part of a tick. False when the radio is off (radioOff() is emitted).
+    bool performUpdateCycle();
+    // Authorize, scan, merge and sort; `then` runs once that is over (also after a refusal
+    // or a failed scan). A call while one is under way only runs `then`.
+    void updateNetworks(std::function<void()> then = {});
+    // A merged scan into scanResults() only, sorted by SSID.
+    void scan();
+    void filterNetworks();
+    NetworkObjectRef networkWithBssid(const QString &bssid) const;
+
+    // Something modal or long is pending (an alert, a join, a save dialog): ticks wait.
+    void hold();
+    void release();
+    bool isHeld() const { return m_holds > 0; }
+
+    // An alert through the presenter, holding the ticks until it is dismissed.
+    void showCriticalAlert(const QString &title, const QString &message, const QString &button);
+    void showAlert(const QString &message, const QString &informativeText, const QString &button);
+    void showError(const CWError &error);
+    void showTitledAlert(const QString &title, const QString &message, const QString &button);
+
+Q_SIGNALS:
+    // The list or the rows changed where the table reloads: after a merge, a failed scan
+    // and every filter run.
+    void listChanged();
+    // A working cycle is complete (scan merged, rows filtered).
+    void cycleFinished();
+    // A working tick found the radio switched off and did nothing.
+    void radioOff();
+
+private:
+    CWInterface &iface() const;
+    void mergeScan();
+
+    PreferenceStore *m_preferences;
+    AlertPresenter *m_alerts;
+    CWInterfaceRef m_currentInterface;
+    NetworkList m_networks;
+    bool m_networksCreated = false;
+    QList<CWNetworkRef> m_scanResults;
+    QList<quint64> m_filteredNetworks;
+    QString m_searchText;
+    quint64 m_tickCount = 0;
+    int m_holds = 0;
+    bool m_updating = false;
+    Statistics m_statistics;
+};
