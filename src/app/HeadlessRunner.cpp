@@ -9,6 +9,7 @@
 #include "wireless/CWInterface.h"
 
 #include <QCoreApplication>
+#include <QFileInfo>
 #include <QSocketNotifier>
 #include <QTimer>
 
@@ -90,15 +91,20 @@ bool HeadlessRunner::start()
     // The log is opened first: a log that cannot be written ends the run before it starts.
     if (!m_options.logTsv.isEmpty()) {
         m_log.setFileName(m_options.logTsv);
-        bool ok = m_log.open(QIODevice::WriteOnly | QIODevice::Append | QIODevice::Text);
-        if (ok && m_log.size() == 0) {
+        // A device or a pipe cannot be appended to (no seeking); it is simply written.
+        const QFileInfo target(m_options.logTsv);
+        const bool plainFile = !target.exists() || target.isFile();
+        errno = 0;
+        bool ok = m_log.open(QIODevice::WriteOnly | QIODevice::Text |
+                             (plainFile ? QIODevice::Append : QIODevice::NotOpen));
+        if (ok && (!plainFile || m_log.size() == 0)) {
             const QByteArray head =
                 QStringLiteral("Time\t").toUtf8() + NetworkObject::csvHeadString().toUtf8();
             ok = m_log.write(head) == head.size() && m_log.flush();
         }
         if (!ok) {
             std::fprintf(stderr, "Cannot write the log %s: %s\n", qUtf8Printable(m_options.logTsv),
-                         qUtf8Printable(m_log.errorString()));
+                         qUtf8Printable(ExportDocument::failureReason(m_log, errno)));
             m_exitCode = OutputFailed;
             return false;
         }
@@ -195,9 +201,10 @@ void HeadlessRunner::finishWhenIdle()
 
 void HeadlessRunner::afterWorkingCycle()
 {
+    errno = 0;
     if (!m_options.logTsv.isEmpty() && !m_logFailed && !writeLogBlock()) {
         m_logFailed = true;
-        m_logError = m_log.errorString();
+        m_logError = ExportDocument::failureReason(m_log, errno);
         stop();
     }
 }

@@ -3,7 +3,11 @@
 
 #include "util/Clock.h"
 
+#include <QFileInfo>
+
 #include <QSaveFile>
+#include <cerrno>
+#include <cstring>
 
 namespace {
 
@@ -72,14 +76,52 @@ QString ExportDocument::dateDescription(const QDateTime &date)
                              offsetMinutes < 0 ? '-' : '+', magnitude / 60, magnitude % 60);
 }
 
+QString ExportDocument::failureReason(const QFileDevice &file, int savedErrno)
+{
+    // Qt loses the system's reason on some paths (a failed flush reads "Unknown error"); the
+    // errno saved right after the failure still has it.
+    const QString text = file.errorString();
+    if (savedErrno != 0 && (text.isEmpty() || text == QLatin1String("Unknown error")))
+        return QString::fromLocal8Bit(std::strerror(savedErrno));
+    return text;
+}
+
 bool ExportDocument::writeDocument(const QString &path, const QString &text, QString *errorText)
 {
-    QSaveFile file(path);
     const QByteArray bytes = text.toUtf8();
-    // An uncommitted QSaveFile removes its temporary file, leaving any old file intact.
-    const bool ok =
-        file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.commit();
+    const QFileInfo target(path);
+    int savedErrno = 0;
+    auto step = [&savedErrno](bool ok) {
+        if (!ok && savedErrno == 0)
+            savedErrno = errno;
+        return ok;
+    };
+    errno = 0;
+    if (target.exists() && !target.isFile()) {
+        // A device or a pipe cannot be replaced by renaming a finished copy over it (and as
+        // root that would swap the device for a plain file): write to it directly, checking
+        // every step up to the close, where a full device reports itself.
+        QFile device(path);
+        bool ok = step(device.open(QIODevice::WriteOnly)) &&
+                  step(device.write(bytes) == bytes.size()) && step(device.flush());
+        QString reason = failureReason(device, savedErrno);
+        device.close();
+        if (ok && device.error() != QFileDevice::NoError) {
+            ok = false;
+            reason = failureReason(device, errno);
+        }
+        if (!ok && errorText)
+            *errorText = reason;
+        return ok;
+    }
+    QSaveFile file(path);
+    // The explicit flush matters: a commit whose buffered bytes no longer fit would otherwise
+    // rename an empty file over the old one. An uncommitted QSaveFile removes its temporary
+    // file, leaving any old file intact.
+    const bool ok = step(file.open(QIODevice::WriteOnly)) &&
+                    step(file.write(bytes) == bytes.size()) && step(file.flush()) &&
+                    step(file.commit());
     if (!ok && errorText)
-        *errorText = file.errorString();
+        *errorText = failureReason(file, savedErrno);
     return ok;
 }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+class QFileDevice;
+
 #include "model/NetworkList.h"
 
 #include <QDateTime>
@@ -28,4 +30,6 @@ public:
     // Writes UTF-8 atomically (a temporary file moved into place), replacing any file at
     // `path`. On failure returns false and, if asked, the reason in `errorText`.
     static bool writeDocument(const QString &path, const QString &text, QString *errorText);
+    // The system's reason for a failed write of `file`, given errno as it was right after.
+    static QString failureReason(const QFileDevice &file, int savedErrno);
 };

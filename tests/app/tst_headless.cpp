@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The built program in headless mode: cycles, the log, exports, exit codes, signals.
 #include <QDateTime>
+#include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QProcess>
 #include <QRegularExpression>
 #include <QSet>
@@ -34,6 +36,9 @@ Run run(const QStringList &arguments, const QString &settingsDir)
     QProcess p;
     QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
     env.insert(QStringLiteral("XDG_CONFIG_HOME"), settingsDir);
+    // The headless program holds no widgets: every path, failures included, frees what it
+    // holds, and a sanitizer build says so with a leak report (and another exit code).
+    env.insert(QStringLiteral("ASAN_OPTIONS"), QStringLiteral("detect_leaks=1"));
     p.setProcessEnvironment(env);
     p.start(binary(), arguments);
     p.waitForFinished(60000);
@@ -61,6 +66,7 @@ private Q_SLOTS:
     void initTestCase();
     void cyclesWriteOneLogBlockEach();
     void exportToStandardOutput();
+    void unwritableOutputGivesExitCode4_data();
     void unwritableOutputGivesExitCode4();
     void badArgumentsGiveExitCode2();
     void sigtermLeavesACompleteLog();
@@ -132,22 +138,75 @@ void TestHeadless::exportToStandardOutput()
     QVERIFY(!page.contains("<tr><td>")); // the filter left no rows
 }
 
+void TestHeadless::unwritableOutputGivesExitCode4_data()
+{
+    QTest::addColumn<QString>("option");
+    QTest::addColumn<QString>("target");    // "blocked": a path below a plain file
+    QTest::addColumn<QByteArray>("reason"); // what the message must name
+    QTest::newRow("export below a file") << "--export-tsv"
+                                         << "blocked" << QByteArray("Cannot write");
+    QTest::newRow("log below a file") << "--log-tsv"
+                                      << "blocked" << QByteArray("Cannot write the log");
+    const QByteArray full("No space left on device");
+    QTest::newRow("tsv to a full device") << "--export-tsv"
+                                          << "/dev/full" << full;
+    QTest::newRow("html to a full device") << "--export-html"
+                                           << "/dev/full" << full;
+    QTest::newRow("log to a full device") << "--log-tsv"
+                                          << "/dev/full" << full;
+    QTest::newRow("tsv to a full file system") << "--export-tsv"
+                                               << "tiny" << full;
+    QTest::newRow("log to a full file system") << "--log-tsv"
+                                               << "tiny" << full;
+}
+
 void TestHeadless::unwritableOutputGivesExitCode4()
 {
+    QFETCH(QString, option);
+    QFETCH(QString, target);
+    QFETCH(QByteArray, reason);
     QTemporaryDir dir;
-    QFile blocker(dir.filePath(QStringLiteral("file")));
-    QVERIFY(blocker.open(QIODevice::WriteOnly));
-    blocker.close();
-    const QString bad = dir.filePath(QStringLiteral("file/out.tsv"));
-    Run r = run(simulated() << QStringLiteral("--cycles") << QStringLiteral("1")
-                            << QStringLiteral("--export-tsv") << bad,
-                m_settings.path());
-    QCOMPARE(r.exitCode, 4);
-    QVERIFY2(r.err.contains("Cannot write"), r.err.constData());
-    r = run(simulated() << QStringLiteral("--cycles") << QStringLiteral("1")
-                        << QStringLiteral("--log-tsv") << bad,
+    QString path = target;
+    QString mountPoint;
+    auto unmount = qScopeGuard([&mountPoint] {
+        if (!mountPoint.isEmpty())
+            QProcess::execute(QStringLiteral("umount"), {mountPoint});
+    });
+    if (target == QLatin1String("blocked")) {
+        QFile blocker(dir.filePath(QStringLiteral("file")));
+        QVERIFY(blocker.open(QIODevice::WriteOnly));
+        blocker.close();
+        path = dir.filePath(QStringLiteral("file/out"));
+    } else if (target == QLatin1String("tiny")) {
+        // A small file system, filled up: only root may make one.
+        const QString point = dir.filePath(QStringLiteral("tiny"));
+        QVERIFY(QDir().mkpath(point));
+        if (QProcess::execute(QStringLiteral("mount"),
+                              {QStringLiteral("-t"), QStringLiteral("tmpfs"), QStringLiteral("-o"),
+                               QStringLiteral("size=16k"), QStringLiteral("tmpfs"), point}) != 0)
+            QSKIP("no permission to mount a small tmpfs");
+        mountPoint = point;
+        QFile fill(point + QStringLiteral("/fill"));
+        QVERIFY(fill.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
+        const QByteArray block(512, 'x');
+        while (fill.write(block) == block.size()) {
+        }
+        fill.close();
+        path = point + QStringLiteral("/out");
+    }
+    const Run r =
+        run(simulated() << QStringLiteral("--cycles") << QStringLiteral("2")
+                        << QStringLiteral("--interval") << QStringLiteral("0") << option << path,
             m_settings.path());
     QCOMPARE(r.exitCode, 4);
+    QVERIFY2(r.err.contains(reason), r.err.constData());
+    QVERIFY2(!r.err.contains("Unknown error"), r.err.constData());
+    // A device written to stays the device it was.
+    if (target.startsWith(QLatin1String("/dev/")))
+        QVERIFY(!QFileInfo(target).isFile());
+    // Nothing half written replaces an export.
+    if (option != QLatin1String("--log-tsv") && target == QLatin1String("tiny"))
+        QVERIFY(!QFileInfo::exists(path) || QFileInfo(path).size() == 0);
 }
 
 void TestHeadless::badArgumentsGiveExitCode2()
