@@ -23,6 +23,8 @@ private Q_SLOTS:
     void refusedAuthorizationAlertsAndSkipsTheScan();
     void colourIsDrawnInRange();
     void scanActionMergesNothingAndSortsBySsid();
+    void pendingAlertOrAuthorizationHoldsTheTicks_data();
+    void pendingAlertOrAuthorizationHoldsTheTicks();
 };
 
 void TestCycle::tickRuleFollowsTheInterval_data()
@@ -218,3 +220,52 @@ void TestCycle::scanActionMergesNothingAndSortsBySsid()
 
 QTEST_MAIN(TestCycle)
 #include "tst_cycle.moc"
+
+void TestCycle::pendingAlertOrAuthorizationHoldsTheTicks_data()
+{
+    QTest::addColumn<bool>("failingScans"); // else: a slow authorization
+    QTest::newRow("scan error alert left open") << true;
+    QTest::newRow("authorization answered late") << false;
+}
+
+// Ten seconds of ticks while something modal waits: no scan, no second alert, no count.
+// Once it is answered, the tick rule goes on from where it stood.
+void TestCycle::pendingAlertOrAuthorizationHoldsTheTicks()
+{
+    QFETCH(bool, failingScans);
+    AppHarness h;
+    h.preferences->setUpdateInterval(1);
+    h.backend->scans = {
+        {FakeBackend::network(QStringLiteral("00:00:00:00:00:0a"), QStringLiteral("Alpha"))}};
+    h.app().applicationDidFinishLaunching();
+    h.alerts.clear();
+    const int scansBefore = h.backend->scanCount;
+    const quint64 ticksBefore = h.app().tickCount();
+    h.alerts.setKeepOpen(failingScans);
+    h.backend->failScans = failingScans;
+    h.backend->deferAnswers = !failingScans;
+
+    h.app().updateData(); // this tick starts the cycle that then waits
+    for (int second = 0; second < 10; ++second) {
+        h.clock.advance(1000);
+        h.app().updateData();
+    }
+    QCOMPARE(h.app().tickCount(), ticksBefore + 1);
+    if (failingScans) {
+        QCOMPARE(h.backend->scanCount, scansBefore + 1);
+        QCOMPARE(h.alerts.lines(), QStringList{QStringLiteral("Scan Error: The radio is busy")});
+        QCOMPARE(h.alerts.openAlerts(), 1);
+        h.alerts.dismissAll();
+    } else {
+        QCOMPARE(h.backend->scanCount, scansBefore);
+        QCOMPARE(h.backend->deferred.size(), 1);
+        h.backend->deferAnswers = false;
+        h.backend->answerDeferred();
+        QCOMPARE(h.backend->scanCount, scansBefore + 1);
+        QVERIFY(h.alerts.lines().isEmpty());
+    }
+    // The first tick after it works again, and counts.
+    h.app().updateData();
+    QCOMPARE(h.app().tickCount(), ticksBefore + 2);
+    QCOMPARE(h.backend->scanCount, scansBefore + 2);
+}

@@ -2,6 +2,8 @@
 // The join and ad-hoc sheets.
 #include "support/AppHarness.h"
 
+#include "app/BusySpinner.h"
+#include "prefs/PreferenceStore.h"
 #include "wireless/CWKeys.h"
 
 #include <QComboBox>
@@ -11,6 +13,22 @@
 #include <QtTest>
 
 namespace {
+// Counts the paint events a widget receives.
+class PaintCounter : public QObject
+{
+public:
+    explicit PaintCounter(int *paints) : m_paints(paints) {}
+    bool eventFilter(QObject *, QEvent *event) override
+    {
+        if (event->type() == QEvent::Paint)
+            ++*m_paints;
+        return false;
+    }
+
+private:
+    int *m_paints;
+};
+
 const QString kOpen = QStringLiteral("00:00:00:00:00:01");
 const QString kMixed = QStringLiteral("00:00:00:00:00:02");
 const QString kWpa2 = QStringLiteral("00:00:00:00:00:03");
@@ -77,6 +95,7 @@ private Q_SLOTS:
     void defaultProfileChoiceIsAbandonedSafely();
     void emptyPassphraseSendsNoParameters();
     void wrongPassphraseKeepsTheSheetOpen();
+    void slowJoinKeepsTheWindowAliveAndHoldsTheTicks();
     void joinUsesTheFullListPosition();
     void noSelectedRowOpensNothing();
     void adHocSheet();
@@ -255,3 +274,48 @@ void TestDialogs::adHocSheet()
 
 QTEST_MAIN(TestDialogs)
 #include "tst_dialogs.moc"
+
+// A join that the network answers only after three seconds: the spinner turns, the window
+// keeps painting, no scan runs in between; then the joined network heads the list.
+void TestDialogs::slowJoinKeepsTheWindowAliveAndHoldsTheTicks()
+{
+    DialogFixture f;
+    f.h.preferences->setUpdateInterval(1);
+    f.h.backend->deferAnswers = true;
+    f.openJoinOn(3); // "D corp", last in the list
+    auto *spinner =
+        f.h.app().joinDialogWindow()->findChild<BusySpinner *>(QStringLiteral("joinSpinner"));
+    QVERIFY(spinner);
+    f.h.app().joinOKButtonPressed(); // returns at once: the answer is not in yet
+    QVERIFY(spinner->isVisible());
+    QVERIFY(spinner->isAnimating());
+    QCOMPARE(f.h.backend->deferred.size(), 1);
+
+    const int scans = f.h.backend->scanCount;
+    const quint64 ticks = f.h.app().tickCount();
+    QWidget *window = f.h.app().window();
+    window->show();
+    int paints = 0;
+    PaintCounter counter(&paints);
+    window->installEventFilter(&counter);
+    for (int second = 0; second < 3; ++second) {
+        f.h.clock.advance(1000);
+        f.h.app().updateData();
+        window->update();
+        QTest::qWait(20); // the event loop is free: the window repaints
+    }
+    QVERIFY(paints > 0);
+    QCOMPARE(f.h.backend->scanCount, scans);
+    QCOMPARE(f.h.app().tickCount(), ticks);
+    // A second click meanwhile starts no second join.
+    f.h.app().joinOKButtonPressed();
+    QCOMPARE(f.h.backend->deferred.size(), 1);
+
+    f.h.backend->deferAnswers = false;
+    f.h.backend->answerDeferred();
+    QVERIFY(!spinner->isVisible());
+    QVERIFY(!f.h.app().joinDialogWindow()->isVisible());
+    f.h.app().updateData();
+    QCOMPARE(f.h.backend->scanCount, scans + 1);
+    QCOMPARE(f.h.app().networks().at(0)->bssid(), kCorp);
+}
