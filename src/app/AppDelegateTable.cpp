@@ -154,6 +154,10 @@ void AppDelegate::setObjectValue(const QVariant &value, const QString &identifie
 
 void AppDelegate::tableViewSelectionDidChange()
 {
+    // While rows are being inserted or removed the selection moves with them, and reports
+    // it before its row numbers are right: the network it follows is the one it had.
+    if (m_tableModel->isReloading())
+        return;
     const QModelIndexList rows = ui->scanResultsTable->selectionModel()->selectedRows();
     if (rows.isEmpty())
         return; // a cleared selection keeps the previous network

@@ -6,6 +6,7 @@
 
 #include <QImage>
 #include <QPixmap>
+#include <QScopeGuard>
 #include <algorithm>
 
 namespace {
@@ -123,7 +124,7 @@ QVariant NetworkTableModel::headerData(int section, Qt::Orientation orientation,
 
 NetworkTableModel::Row NetworkTableModel::rowOf(const NetworkObject &record)
 {
-    return Row{&record, record.lastUpdated(), record.comment()};
+    return Row{&record, record.cwNetwork().get(), record.comment()};
 }
 
 QList<NetworkTableModel::Row> NetworkTableModel::currentRows() const
@@ -214,7 +215,7 @@ void NetworkTableModel::emitChangedRows(const QList<Row> &now)
     for (qsizetype i = 0; i < now.size(); ++i) {
         const Row &was = m_rows.at(i);
         const Row &is = now.at(i);
-        const bool changed = was.updated != is.updated || was.comment != is.comment;
+        const bool changed = was.scanned != is.scanned || was.comment != is.comment;
         m_rows[i] = is;
         if (changed && first < 0)
             first = i;
@@ -229,6 +230,8 @@ void NetworkTableModel::emitChangedRows(const QList<Row> &now)
 
 void NetworkTableModel::reload()
 {
+    m_reloading = true;
+    auto done = qScopeGuard([this] { m_reloading = false; });
     const QList<Row> now = currentRows();
     const bool sameOrder =
         now.size() == m_rows.size() &&

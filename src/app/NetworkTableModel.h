@@ -2,7 +2,6 @@
 #pragma once
 
 #include <QAbstractTableModel>
-#include <QDateTime>
 #include <QList>
 #include <QStringList>
 
@@ -53,13 +52,14 @@ public:
     // selection), changed rows get a dataChanged of their own; only a list that was
     // rebuilt in another order is reset.
     void reload();
+    bool isReloading() const { return m_reloading; }
 
 private:
     // What a row showed when it was last read, to tell which rows changed.
     struct Row
     {
         const NetworkObject *record = nullptr;
-        QDateTime updated;
+        const void *scanned = nullptr; // the latest scan result: a new one per update
         std::optional<QString> comment;
     };
     static Row rowOf(const NetworkObject &record);
@@ -70,4 +70,5 @@ private:
 
     AppDelegate *m_controller;
     QList<Row> m_rows;
+    bool m_reloading = false;
 };

@@ -67,9 +67,11 @@ bool SurveyEngine::performUpdateCycle()
     QElapsedTimer clock;
     clock.start();
     QPointer<SurveyEngine> self(this);
+    m_cycleUnderWay = true;
     updateNetworks([self, clock] {
         if (!self)
             return;
+        self->m_cycleUnderWay = false;
         self->filterNetworks();
         self->m_statistics.lastCycleSeconds = double(clock.nsecsElapsed()) / 1e9;
         Q_EMIT self->cycleFinished();
@@ -157,7 +159,16 @@ void SurveyEngine::mergeScan()
 
     // The associated network first, then by name.
     m_networks.sortForDisplay(iface().bssid());
-    Q_EMIT listChanged();
+    reloadAfterMerge();
+}
+
+void SurveyEngine::reloadAfterMerge()
+{
+    // In a cycle the filter follows at once, with no event handled in between, and reloads
+    // the table itself. A reload here would read the previous rows' indices against the
+    // merged list: rows nobody gets to see, and a reset that costs the view its place.
+    if (!m_cycleUnderWay)
+        Q_EMIT listChanged();
 }
 
 void SurveyEngine::scan()

@@ -86,6 +86,7 @@ Q_SIGNALS:
 private:
     CWInterface &iface() const;
     void mergeScan();
+    void reloadAfterMerge();
 
     PreferenceStore *m_preferences;
     AlertPresenter *m_alerts;
@@ -98,5 +99,6 @@ private:
     quint64 m_tickCount = 0;
     int m_holds = 0;
     bool m_updating = false;
+    bool m_cycleUnderWay = false;
     Statistics m_statistics;
 };

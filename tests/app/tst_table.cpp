@@ -8,6 +8,8 @@
 #include <QFileInfo>
 #include <QItemSelectionModel>
 #include <QLineEdit>
+#include <QScrollBar>
+#include <QSignalSpy>
 #include <QTableView>
 #include <QtTest>
 
@@ -41,6 +43,7 @@ private Q_SLOTS:
     void cellsByIdentifier();
     void commentEditPersistsAcrossRestart();
     void selectionFollowsReSort();
+    void newAndHiddenRowsKeepTheScrollPosition();
     void exportWritesBothDocuments();
     void exportToReadOnlyFolderAlertsAndWritesNothing();
     void cancelledExportWritesNothing();
@@ -151,6 +154,60 @@ void TestTable::selectionFollowsReSort()
     // Clearing the selection keeps the remembered network.
     table->clearSelection();
     QCOMPARE(h.app().selectedNetwork()->bssid(), kB);
+}
+
+// Rows that appear are inserted and rows the filter hides are removed, each as such: the
+// view keeps its place and its selection, and nobody is pulled back to the selected row.
+void TestTable::newAndHiddenRowsKeepTheScrollPosition()
+{
+    AppHarness h;
+    QList<CWNetworkRef> scan;
+    for (int i = 0; i < 60; ++i)
+        scan << FakeBackend::network(
+            QStringLiteral("00:00:00:00:01:%1").arg(i, 2, 10, QLatin1Char('0')),
+            QStringLiteral("Net %1").arg(i, 2, 10, QLatin1Char('0')));
+    launchWith(h, scan);
+    auto *table = h.find<QTableView>("scanResultsTable");
+    h.app().window()->resize(900, 500);
+    h.app().window()->show();
+    table->selectRow(1); // "Net 01", near the top
+    table->scrollToBottom();
+    const int scrolled = table->verticalScrollBar()->value();
+    QVERIFY(scrolled > 0);
+    QSignalSpy resets(table->model(), &QAbstractItemModel::modelReset);
+    QSignalSpy inserted(table->model(), &QAbstractItemModel::rowsInserted);
+    QSignalSpy removed(table->model(), &QAbstractItemModel::rowsRemoved);
+    QSignalSpy changed(table->model(), &QAbstractItemModel::dataChanged);
+
+    // Two new networks, one before the selected row: inserted, not reset. One known
+    // network is heard again.
+    h.backend->scans = {
+        {FakeBackend::network(kA, QStringLiteral("Net 00a")),
+         FakeBackend::network(QStringLiteral("00:00:00:00:01:30"), QStringLiteral("Net 30"), -50),
+         FakeBackend::network(kB, QStringLiteral("Net 99"))}};
+    h.app().performUpdateCycle();
+    QCOMPARE(resets.size(), 0);
+    QCOMPARE(inserted.size(), 2);
+    QCOMPARE(table->verticalScrollBar()->value(), scrolled);
+    QCOMPARE(table->selectionModel()->selectedRows().constFirst().row(), 2);
+    // Only the row heard again changed whole; the rest only in "Last Seen".
+    int wholeRows = 0;
+    for (const QList<QVariant> &args : std::as_const(changed)) {
+        const auto from = args.at(0).value<QModelIndex>();
+        const auto to = args.at(1).value<QModelIndex>();
+        if (from.column() == 0)
+            wholeRows += to.row() - from.row() + 1;
+    }
+    QCOMPARE(wholeRows, 1);
+
+    // A search that hides some rows removes them.
+    h.find<QLineEdit>("searchField")->setText(QStringLiteral("Net 0"));
+    h.app().performUpdateCycle();
+    QCOMPARE(resets.size(), 0);
+    QVERIFY(removed.size() > 0);
+    QCOMPARE(h.app().numberOfRowsInTableView(), qsizetype(11));
+    QCOMPARE(rowNames(h).at(2), QStringLiteral("Net 01"));
+    QCOMPARE(table->selectionModel()->selectedRows().constFirst().row(), 2);
 }
 
 void TestTable::exportWritesBothDocuments()
