@@ -1,0 +1,297 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+// A private system bus with python-dbusmock's polkit and our NetworkManager template on
+// it, and the program's NetworkManager objects pointed at them: what the Linux backend's
+// QtTest programs share. Test programs include it; it may wait in loops of its own.
+//
+// The long actions answer through completions. start() counts every answer, and
+// stopDaemons() reports an action answered more than once, even one that hears of the
+// daemons leaving only after it had answered.
+
+#include "wireless/CWNetwork.h"
+#include "wireless/linux/LinuxBackend.h"
+#include "wireless/linux/NetworkManagerClient.h"
+#include "wireless/linux/NmConnector.h"
+#include "wireless/linux/NmSavedProfiles.h"
+
+#include <QDBusConnection>
+#include <QDBusConnectionInterface>
+#include <QDBusMessage>
+#include <QDBusMetaType>
+#include <QDeadlineTimer>
+#include <QFile>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
+#include <QStandardPaths>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <functional>
+#include <memory>
+#include <utility>
+
+class MockDaemons
+{
+public:
+    static inline const QString kMockIface = QStringLiteral("org.freedesktop.DBus.Mock");
+    static inline const QString kNmPath = QStringLiteral("/org/freedesktop/NetworkManager");
+    static inline const QString kNmService = QStringLiteral("org.freedesktop.NetworkManager");
+    static inline const QString kPolkitService = QStringLiteral("org.freedesktop.PolicyKit1");
+
+    // What came back through one completion.
+    struct Answer
+    {
+        int count = 0;
+        CWError error;
+    };
+    using Action = std::function<void(NmConnector::Completion)>;
+
+    ~MockDaemons() { stopBus(); }
+
+    // Empty when the packages are there; else what to install.
+    QString missing()
+    {
+        m_busDaemon = QStandardPaths::findExecutable(QStringLiteral("dbus-daemon"));
+        if (m_busDaemon.isEmpty())
+            return QStringLiteral("dbus-daemon is not installed (Debian package dbus)");
+        for (const QString &candidate :
+             {QStringLiteral("/usr/bin/python3"), QStringLiteral("python3")}) {
+            QProcess probe;
+            probe.start(candidate, {QStringLiteral("-c"), QStringLiteral("import dbusmock")});
+            if (probe.waitForFinished(20000) && probe.exitStatus() == QProcess::NormalExit &&
+                probe.exitCode() == 0) {
+                m_python = candidate;
+                return {};
+            }
+        }
+        return QStringLiteral(
+            "python3 with dbusmock is not installed (Debian package python3-dbusmock)");
+    }
+
+    bool startBus()
+    {
+        if (!m_dir.isValid())
+            return false;
+        const QString socket = m_dir.filePath(QStringLiteral("bus"));
+        QFile config(m_dir.filePath(QStringLiteral("bus.conf")));
+        if (!config.open(QIODevice::WriteOnly))
+            return false;
+        config.write(
+            QStringLiteral(
+                "<!DOCTYPE busconfig PUBLIC \"-//freedesktop//DTD D-Bus Bus Configuration "
+                "1.0//EN\" \"http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd\">\n"
+                "<busconfig><type>system</type><listen>unix:path=%1</listen>"
+                "<auth>EXTERNAL</auth><policy context=\"default\">"
+                "<allow user=\"*\"/><allow own=\"*\"/>"
+                "<allow send_type=\"method_call\"/><allow send_type=\"signal\"/>"
+                "<allow send_type=\"method_return\"/><allow send_type=\"error\"/>"
+                "<allow receive_type=\"method_call\"/><allow receive_type=\"signal\"/>"
+                "<allow receive_type=\"method_return\"/><allow receive_type=\"error\"/>"
+                "</policy></busconfig>\n")
+                .arg(socket)
+                .toUtf8());
+        config.close();
+        m_daemon.start(m_busDaemon, {QStringLiteral("--config-file=") + config.fileName(),
+                                     QStringLiteral("--nofork"), QStringLiteral("--nopidfile")});
+        if (!m_daemon.waitForStarted() || !waitUntil([&] { return QFile::exists(socket); }))
+            return false;
+        m_address = QStringLiteral("unix:path=") + socket;
+        m_bus = std::make_unique<QDBusConnection>(
+            QDBusConnection::connectToBus(m_address, QStringLiteral("corvane-mock-bus")));
+        qDBusRegisterMetaType<NmSettings>();
+        return waitUntil([&] { return m_bus->isConnected(); });
+    }
+
+    void stopBus()
+    {
+        if (!m_bus)
+            return;
+        m_bus.reset();
+        QDBusConnection::disconnectFromBus(QStringLiteral("corvane-mock-bus"));
+        stop(m_daemon);
+    }
+
+    // Both daemons, and the client objects on a fresh start.
+    bool startDaemons(QObject *owner)
+    {
+        if (!startNetworkManager() ||
+            !start(m_polkitMock, {QStringLiteral("-t"), QStringLiteral("polkitd")}, kPolkitService))
+            return false;
+        nm = new NetworkManagerClient(*m_bus, kNmService, owner);
+        profiles = new NmSavedProfiles(nm, owner);
+        connector = new NmConnector(nm, profiles, owner);
+        connector->setActivationTimeout(3000);
+        return true;
+    }
+
+    bool startNetworkManager()
+    {
+        const QString nmTemplate = QString::fromUtf8(qgetenv("CORVANE_SOURCE_DIR")) +
+                                   QStringLiteral("/tests/wireless/dbusmock/networkmanager.py");
+        return QFile::exists(nmTemplate) &&
+               start(m_nmMock, {QStringLiteral("-t"), nmTemplate}, kNmService);
+    }
+    void stopNetworkManager() { stop(m_nmMock); }
+    void stopPolkit() { stop(m_polkitMock); }
+
+    // The daemons leave while the connector still listens; then the objects go. Empty
+    // when every action was answered at most once.
+    QString stopDaemons()
+    {
+        stop(m_nmMock);
+        stop(m_polkitMock);
+        // The bus must have noticed before the next test starts new owners.
+        waitUntil([&] { return !registered(kNmService) && !registered(kPolkitService); });
+        QTest::qWait(100);
+        delete connector;
+        delete profiles;
+        delete nm;
+        connector = nullptr;
+        profiles = nullptr;
+        nm = nullptr;
+        QString twice;
+        for (const auto &answer : std::exchange(m_answers, {}))
+            if (answer->count > 1)
+                twice += QStringLiteral("answered %1 times: %2; ")
+                             .arg(answer->count)
+                             .arg(answer->error.localizedDescription());
+        return twice;
+    }
+
+    bool registered(const QString &service) const
+    {
+        return m_bus->interface()->isServiceRegistered(service).value();
+    }
+
+    // Starts an action and returns its answer record at once.
+    std::shared_ptr<Answer> start(const Action &action)
+    {
+        auto answer = std::make_shared<Answer>();
+        m_answers.append(answer);
+        action([answer](const CWError &error) {
+            ++answer->count;
+            answer->error = error;
+        });
+        return answer;
+    }
+
+    static bool waitFor(const std::shared_ptr<Answer> &answer, int timeoutMs = 10000)
+    {
+        return waitUntil([&] { return answer->count > 0; }, timeoutMs);
+    }
+
+    // Runs an action and waits for its answer.
+    CWError run(const Action &action, int timeoutMs = 10000)
+    {
+        const auto answer = start(action);
+        if (!waitFor(answer, timeoutMs))
+            return CWError(-1, QStringLiteral("(no answer)"));
+        return answer->error;
+    }
+
+    std::unique_ptr<LinuxBackend> makeBackend() const
+    {
+        LinuxBackend::Options options;
+        options.bus = *m_bus;
+        options.networkManagerService = kNmService;
+        options.polkitService = kPolkitService;
+        return std::make_unique<LinuxBackend>(options);
+    }
+
+    // A call on the NetworkManager template's own interface; invalid when it failed.
+    QVariant mockCall(const QString &method, const QVariantList &args = {}) const
+    {
+        QDBusMessage msg = QDBusMessage::createMethodCall(kNmService, kNmPath, kMockIface, method);
+        msg.setArguments(args);
+        const QDBusMessage reply = m_bus->call(msg, QDBus::Block, 5000);
+        if (reply.type() != QDBusMessage::ReplyMessage) {
+            qWarning() << "mock call" << method << "failed:" << reply.errorMessage();
+            return {};
+        }
+        return reply.arguments().value(0);
+    }
+
+    bool polkitCall(const QString &method, const QVariantList &args) const
+    {
+        QDBusMessage msg = QDBusMessage::createMethodCall(
+            kPolkitService, QStringLiteral("/org/freedesktop/PolicyKit1/Authority"), kMockIface,
+            method);
+        msg.setArguments(args);
+        return m_bus->call(msg).type() == QDBusMessage::ReplyMessage;
+    }
+
+    QJsonObject lastSettings() const
+    {
+        return QJsonDocument::fromJson(
+                   mockCall(QStringLiteral("LastSettingsJson")).toString().toUtf8())
+            .object();
+    }
+
+    int counter(const QString &name) const
+    {
+        return qdbus_cast<QMap<QString, int>>(mockCall(QStringLiteral("Counters"))).value(name, -1);
+    }
+
+    QDBusConnection &bus() { return *m_bus; }
+
+    static CWNetworkRef network(const QByteArray &ssid, unsigned securities,
+                                std::optional<int> mode,
+                                const QString &bssid = QStringLiteral("02:00:00:00:01:00"))
+    {
+        CWNetwork::Data d;
+        d.ssidData = ssid;
+        d.bssid = bssid;
+        d.securities = securities;
+        d.securityMode = mode;
+        return CWNetwork::create(d);
+    }
+
+    NetworkManagerClient *nm = nullptr;
+    NmSavedProfiles *profiles = nullptr;
+    NmConnector *connector = nullptr;
+
+private:
+    static bool waitUntil(const std::function<bool()> &done, int timeoutMs = 20000)
+    {
+        QDeadlineTimer deadline(timeoutMs);
+        while (!done()) {
+            if (deadline.hasExpired())
+                return false;
+            QTest::qWait(10);
+        }
+        return true;
+    }
+
+    bool start(QProcess &process, const QStringList &templateArgs, const QString &service)
+    {
+        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+        env.insert(QStringLiteral("DBUS_SYSTEM_BUS_ADDRESS"), m_address);
+        process.setProcessEnvironment(env);
+        process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        process.start(m_python, QStringList{QStringLiteral("-m"), QStringLiteral("dbusmock"),
+                                            QStringLiteral("--system")} +
+                                    templateArgs);
+        return process.waitForStarted() && waitUntil([&] { return registered(service); });
+    }
+
+    static void stop(QProcess &process)
+    {
+        if (process.state() == QProcess::NotRunning)
+            return;
+        process.terminate();
+        if (!process.waitForFinished(5000))
+            process.kill();
+        process.waitForFinished(5000);
+    }
+
+    QTemporaryDir m_dir;
+    QString m_busDaemon;
+    QString m_python;
+    QString m_address;
+    QProcess m_daemon;
+    QProcess m_nmMock;
+    QProcess m_polkitMock;
+    QList<std::shared_ptr<Answer>> m_answers;
+    std::unique_ptr<QDBusConnection> m_bus;
+};
