@@ -108,7 +108,7 @@ void BM_MapPaint(benchmark::State &state)
     view.resize(kSize);
     paintLoop(state, view);
 }
-BENCHMARK(BM_MapPaint)->Arg(100)->Arg(1000)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_MapPaint)->Arg(100)->Arg(1000)->Arg(100000)->Unit(benchmark::kMillisecond);
 
 void BM_ChannelPaint(benchmark::State &state)
 {
@@ -126,6 +126,8 @@ BENCHMARK(BM_ChannelPaint)
     ->Args({1000, 24})
     ->Args({100, 5})
     ->Args({1000, 5})
+    ->Args({100000, 24})
+    ->Args({100000, 5})
     ->Unit(benchmark::kMillisecond);
 
 void BM_SignalPlotPaint(benchmark::State &state)
@@ -169,6 +171,6 @@ void BM_PlotCycle(benchmark::State &state)
             plot.setData(network->signals(), network->bssid());
     }
 }
-BENCHMARK(BM_PlotCycle)->Arg(1000)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_PlotCycle)->Arg(1000)->Arg(100000)->Unit(benchmark::kMillisecond);
 
 } // namespace

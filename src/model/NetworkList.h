@@ -28,6 +28,9 @@ public:
 
     // The first record whose bssid equals `bssid` exactly, or null.
     NetworkObjectRef networkWithBssid(const QString &bssid) const;
+    // Whether two records were ever appended with the same BSSID (a scan that reported one
+    // twice, or records made by hand); without, a BSSID names at most one record.
+    bool hasDuplicateBssids() const { return m_hasDuplicateBssids; }
 
     // The display order: the record on `currentBssid` first, then by name (plain,
     // case-sensitive comparison); a record without a name compares equal to any other.

@@ -351,10 +351,22 @@ void RealTimePlot::updateSignalPlot()
     // 1. Take out the plot of every listed network. They are kept aside, not deleted: a
     // network that is chosen again gets its old series back instead of a new one.
     const NetworkList &listed = m_delegate->networks();
+    // Counted only for the identifiers the graph holds (a few hundred at most), not for every
+    // listed network: a survey of a whole city lists a hundred thousand.
     QHash<QString, int> removals;
-    for (const NetworkObjectRef &network : listed) {
-        if (network)
-            ++removals[network->bssid()];
+    for (const auto &plot : m_graph->plots)
+        removals.insert(plot->identifier(), 0);
+    if (!listed.hasDuplicateBssids()) {
+        for (auto it = removals.begin(); it != removals.end(); ++it)
+            it.value() = listed.networkWithBssid(it.key()) ? 1 : 0;
+    } else if (!removals.isEmpty()) {
+        for (const NetworkObjectRef &network : listed) {
+            if (!network)
+                continue;
+            const auto found = removals.find(network->bssid());
+            if (found != removals.end())
+                ++found.value();
+        }
     }
     std::map<QString, std::vector<std::unique_ptr<PlotSeries>>> aside;
     std::vector<std::unique_ptr<PlotSeries>> kept;
@@ -379,8 +391,10 @@ void RealTimePlot::updateSignalPlot()
     const qint64 places = m_delegate->numberOfTopNetworks();
     const QDateTime now = Clock::now();
     for (qsizetype i = 0; i < m_delegate->networks().count(); ++i) {
+        // Plots are only added here, so once the places are full the rest of the list
+        // cannot take one.
         if (qint64(m_graph->plots.size()) >= places)
-            continue;
+            break;
         const NetworkObjectRef &network = m_delegate->networks().at(i);
         if (!network)
             continue;
