@@ -49,12 +49,15 @@ public:
 
     ~MockDaemons() { stopBus(); }
 
-    // Empty when the packages are there; else what to install.
+    // Empty when the packages are there; else what is missing and how to install it.
     QString missing()
     {
+        const QString install =
+            QStringLiteral(". Install it with:\n  sudo apt-get update && sudo apt-get install -y "
+                           "--no-install-recommends dbus python3 python3-dbusmock");
         m_busDaemon = QStandardPaths::findExecutable(QStringLiteral("dbus-daemon"));
         if (m_busDaemon.isEmpty())
-            return QStringLiteral("dbus-daemon is not installed (Debian package dbus)");
+            return QStringLiteral("dbus-daemon is missing") + install;
         for (const QString &candidate :
              {QStringLiteral("/usr/bin/python3"), QStringLiteral("python3")}) {
             QProcess probe;
@@ -65,8 +68,7 @@ public:
                 return {};
             }
         }
-        return QStringLiteral(
-            "python3 with dbusmock is not installed (Debian package python3-dbusmock)");
+        return QStringLiteral("python3 with dbusmock is missing") + install;
     }
 
     bool startBus()
