@@ -1,9 +1,10 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: GPL-3.0-or-later
 # Installs the Debian packages the build and the tests need, if any are missing.
-# Sourced by ./run and ./test; pass "run" or "test" to pick the package set, or "vm" for
-# the wireless stack the hwsim VM tests borrow from this machine (see tests/hwsim/run), or
-# "sensor" for the Prometheus server and the browser the sensor's tests drive.
+# Sourced by ./run and ./test; pass "run" or "test" to pick the package set, "vm" for
+# the wireless stack the hwsim VM tests borrow from this machine (see tests/hwsim/run),
+# "sensor" for the Prometheus server and the browser the sensor's tests drive, or "desktop"
+# for the tools of the desktop tests (package checks, the Wayland compositor).
 set -euo pipefail
 
 corvane_packages() {
@@ -11,11 +12,16 @@ corvane_packages() {
     local pkgs=(cmake g++ make pkg-config
         qt6-base-dev qt6-base-dev-tools qt6-charts-dev qt6-svg-dev libqt6svg6 qt6-qpa-plugins
         qt6-httpserver-dev
-        libgl-dev libqt6opengl6-dev libxkbcommon-dev libvulkan-dev libnl-3-dev libnl-genl-3-dev libpcap-dev fonts-dejavu-core)
+        libgl-dev libqt6opengl6-dev libxkbcommon-dev libvulkan-dev libnl-3-dev libnl-genl-3-dev libpcap-dev fonts-dejavu-core
+        qt6-wayland)
     if [ "${1:-run}" = test ]; then
         # Tests, benchmarks, the screenshot test and the D-Bus mocks.
         pkgs+=(libgtest-dev libgmock-dev googletest libbenchmark-dev xvfb xauth
             dbus python3 python3-dbusmock)
+    fi
+    if [ "${1:-run}" = desktop ]; then
+        # The package checks (tests/package) and the tests on a Wayland compositor.
+        pkgs=(appstream desktop-file-utils lintian dpkg-dev man-db gzip weston qt6-wayland)
     fi
     if [ "${1:-run}" = vm ]; then
         # The VM runs on this machine's root file system, so these run inside it.

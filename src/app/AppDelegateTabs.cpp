@@ -160,14 +160,14 @@ void AppDelegate::viewAction(QAction *item)
 
 QString AppDelegate::helpPageAddress()
 {
-    // Installed next to the program (share/corvane/help), else the source tree's copy.
+    // Installed next to the program (share/corvane/help), else the build tree's copy (the
+    // build fills in the version).
     const QString installed =
         QDir(QCoreApplication::applicationDirPath())
             .absoluteFilePath(QStringLiteral("../share/corvane/help/index.html"));
     if (QFileInfo::exists(installed))
         return QUrl::fromLocalFile(QFileInfo(installed).canonicalFilePath()).toString();
-    return QUrl::fromLocalFile(QStringLiteral(CORVANE_SOURCE_DIR "/resources/help/index.html"))
-        .toString();
+    return QUrl::fromLocalFile(QStringLiteral(CORVANE_BUILT_HELP_PAGE)).toString();
 }
 
 void AppDelegate::showHelp()

@@ -48,18 +48,25 @@ void addOptions(QCommandLineParser &parser)
          QStringLiteral("text")},
     });
 }
+QCommandLineOption helpOption()
+{
+    return QCommandLineOption({QStringLiteral("h"), QStringLiteral("help")},
+                              QStringLiteral("Show this help."));
+}
+
+QCommandLineOption versionOption()
+{
+    return QCommandLineOption({QStringLiteral("v"), QStringLiteral("version")},
+                              QStringLiteral("Show the version."));
+}
 } // namespace
 
 bool CommandLineOptions::parse(const QStringList &arguments, QString *errorText)
 {
     QCommandLineParser parser;
     addOptions(parser);
-    const QCommandLineOption helpOption({QStringLiteral("h"), QStringLiteral("help")},
-                                        QStringLiteral("Show this help."));
-    const QCommandLineOption versionOption({QStringLiteral("v"), QStringLiteral("version")},
-                                           QStringLiteral("Show the version."));
-    parser.addOption(helpOption);
-    parser.addOption(versionOption);
+    parser.addOption(helpOption());
+    parser.addOption(versionOption());
     auto fail = [errorText](const QString &text) {
         if (errorText)
             *errorText = text;
@@ -70,8 +77,8 @@ bool CommandLineOptions::parse(const QStringList &arguments, QString *errorText)
     if (!parser.positionalArguments().isEmpty())
         return fail(QStringLiteral("Unexpected argument: %1")
                         .arg(parser.positionalArguments().constFirst()));
-    help = parser.isSet(helpOption);
-    version = parser.isSet(versionOption);
+    help = parser.isSet(QStringLiteral("help"));
+    version = parser.isSet(QStringLiteral("version"));
 
     const QString backendName = parser.value(QStringLiteral("backend"));
     if (backendName == QLatin1String("auto"))
@@ -139,8 +146,10 @@ QString CommandLineOptions::usage()
     parser.setApplicationDescription(
         QStringLiteral("Corvane Wi-Fi Monitor: a Wi-Fi scanner and signal monitor."));
     addOptions(parser);
-    parser.addHelpOption();
-    parser.addVersionOption();
+    // The same help and version options that parse() accepts (Qt's own would also list
+    // --help-all, which this program does not take).
+    parser.addOption(helpOption());
+    parser.addOption(versionOption());
     QString text = parser.helpText();
     text +=
         QStringLiteral("\nExit codes (headless): 0 done, 2 bad arguments, 3 no usable interface, "
@@ -160,7 +169,7 @@ bool CommandLineOptions::wantsHeadless(int argc, char **argv)
 bool CommandLineOptions::wantsInfo(int argc, char **argv)
 {
     for (int i = 1; i < argc; ++i) {
-        for (const char *flag : {"-h", "--help", "-v", "--version", "--help-all"}) {
+        for (const char *flag : {"-h", "--help", "-v", "--version"}) {
             if (std::strcmp(argv[i], flag) == 0)
                 return true;
         }

@@ -42,7 +42,7 @@ int run(bool gui)
     QCoreApplication::setApplicationName(QStringLiteral("Wi-Fi Monitor"));
     QCoreApplication::setApplicationVersion(QStringLiteral(CORVANE_VERSION));
     if (gui) {
-        QGuiApplication::setDesktopFileName(QStringLiteral("corvane"));
+        QGuiApplication::setDesktopFileName(QStringLiteral(CORVANE_APP_ID));
         QGuiApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/corvane.svg")));
     }
 
