@@ -31,6 +31,15 @@ void invalidate(QPointer<QTimer> &timer)
         timer->deleteLater();
     }
 }
+// A one-shot timer that has fired is done: free it and clear its slot. One still pending
+// (the slot was called directly) stays.
+void releaseFiredTimer(QPointer<QTimer> &timer)
+{
+    if (timer && !timer->isActive()) {
+        timer->deleteLater();
+        timer.clear();
+    }
+}
 } // namespace
 
 void AppDelegate::setupDetailPanel()
@@ -105,6 +114,9 @@ bool AppDelegate::eventFilter(QObject *watched, QEvent *event)
         if (!widget)
             break;
         auto *move = static_cast<QMouseEvent *>(event);
+        // With a button held the pointer drags (a selection, a scroll bar): not a hover.
+        if (move->buttons() != Qt::NoButton)
+            break;
         // One move is offered to each widget it propagates through: handle it once.
         if (move->timestamp() == m_lastMoveTimestamp && move->globalPosition() == m_lastMovePos)
             break;
@@ -215,6 +227,7 @@ void AppDelegate::armDetailTimers()
 
 void AppDelegate::showDetailPanel()
 {
+    releaseFiredTimer(m_showDetailTimer);
     calcDetailPanelLocation();
     m_detailPanel->move(m_detailPanelLocation.toPoint());
     m_detailPanel->show();
@@ -223,6 +236,7 @@ void AppDelegate::showDetailPanel()
 
 void AppDelegate::hideDetailPanel()
 {
+    releaseFiredTimer(m_hideDetailTimer);
     if (m_detailPanel)
         m_detailPanel->hide();
 }

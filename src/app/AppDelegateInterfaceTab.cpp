@@ -30,7 +30,10 @@ void AppDelegate::updateInterfaceInfoTab()
 
     // 3.1-3.3
     const std::optional<int> state = ifc.interfaceState();
-    ui->disconnectButton->setEnabled(state && *state == kCWInterfaceStateRunning);
+    const bool canDisconnect = state && *state == kCWInterfaceStateRunning;
+    ui->disconnectButton->setEnabled(canDisconnect);
+    // Network > Disconnect does what the button does: offer it exactly when the button is.
+    ui->actionDisconnect->setEnabled(canDisconnect);
     ui->opModeField->setText(stringForOpMode(ifc.opMode()));
     ui->txRateField->setText(QString::asprintf("%.2f Mbps", ifc.transmitRate()));
 

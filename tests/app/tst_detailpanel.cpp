@@ -89,6 +89,8 @@ private Q_SLOTS:
     void placementStaysOnTheScreen();
     void mapIconsShowThePanelAndAnEmptyBssidReArms();
     void signalSwatchIsGreen();
+    void dragIsNoHover();
+    void firedTimersAreReleased();
 };
 
 void TestDetailPanel::firstHoverOnRowZeroLoadsNothing()
@@ -291,6 +293,43 @@ void TestDetailPanel::mapIconsShowThePanelAndAnEmptyBssidReArms()
     moveTo(map->mapToGlobal(QPointF(3, 3)));
     QVERIFY(!h.app().detailPanel()->isVisible());
     QVERIFY(!(h.app().showDetailTimer() && h.app().showDetailTimer()->isActive()));
+}
+
+void TestDetailPanel::dragIsNoHover()
+{
+    PanelFixture f;
+    // Dragging over the rows (selecting them) neither loads a network nor arms a timer. The
+    // move comes alone: moving the platform's cursor would add a hover of its own.
+    QWidget *viewport = f.table->viewport();
+    const QPointF global = f.rowPoint(2);
+    QMouseEvent drag(QEvent::MouseMove, viewport->mapFromGlobal(global), global, Qt::NoButton,
+                     Qt::LeftButton, Qt::NoModifier);
+    drag.setTimestamp(++f.stamp);
+    QApplication::sendEvent(viewport, &drag);
+    QVERIFY(!f.showPending());
+    QCOMPARE(f.h.app().lastMoveOnRow(), quint64(0));
+    QVERIFY(f.h.app().detailNetworkBssid().isEmpty());
+    QVERIFY(!f.h.app().hideDetailTimer());
+    // Released, the same move is a hover.
+    f.moveToRow(2);
+    QVERIFY(f.showPending());
+    QCOMPARE(f.h.app().lastMoveOnRow(), quint64(2));
+}
+
+void TestDetailPanel::firedTimersAreReleased()
+{
+    PanelFixture f;
+    auto timers = [&f] { return f.h.app().findChildren<QTimer *>().size(); };
+    const qsizetype before = timers();
+    for (int round = 0; round < 3; ++round) {
+        f.moveToRow(1 + round % 2);
+        QTRY_VERIFY(f.panelVisible());
+        QVERIFY(!f.h.app().showDetailTimer()); // fired and gone
+        QTRY_VERIFY_WITH_TIMEOUT(!f.panelVisible(), 5 * kHideMs);
+        QVERIFY(!f.h.app().hideDetailTimer());
+    }
+    // deleteLater() needs the event loop to come round once more.
+    QTRY_COMPARE(timers(), before);
 }
 
 QTEST_MAIN(TestDetailPanel)

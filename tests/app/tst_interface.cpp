@@ -189,9 +189,16 @@ void TestInterface::disconnectDropsTheLink()
     h.backend->currentBssid = kHome;
     h.app().updateInterfaceInfoTab();
     QVERIFY(h.find<QPushButton>("disconnectButton")->isEnabled());
+    QVERIFY(h.find<QAction>("actionDisconnect")->isEnabled());
     h.app().disconnect();
     QCOMPARE(h.backend->disassociateCount, 1);
     QVERIFY(!h.find<QPushButton>("disconnectButton")->isEnabled());
+    // The menu item follows the button.
+    QVERIFY(!h.find<QAction>("actionDisconnect")->isEnabled());
+    h.backend->currentBssid = kHome;
+    h.backend->state = kCWInterfaceStateRunning;
+    h.app().updateInterfaceInfoTab();
+    QVERIFY(h.find<QAction>("actionDisconnect")->isEnabled());
 }
 
 void TestInterface::toolbarValidation()
