@@ -243,6 +243,9 @@ private:
     // The last mouse move handled, so that one move propagating up the widget tree counts once.
     quint64 m_lastMoveTimestamp = 0;
     QPointF m_lastMovePos;
+    // Where the pointer last moved over the main window, in its coordinates: the one place
+    // every window system tells (a Wayland client knows no global pointer position).
+    QPointF m_pointerInWindow;
 };
 
 // The hook for link-change events: logs each changed interface's SSID and security.

@@ -31,6 +31,7 @@ void invalidate(QPointer<QTimer> &timer)
         timer->deleteLater();
     }
 }
+
 // A one-shot timer that has fired is done: free it and clear its slot. One still pending
 // (the slot was called directly) stays.
 void releaseFiredTimer(QPointer<QTimer> &timer)
@@ -44,14 +45,17 @@ void releaseFiredTimer(QPointer<QTimer> &timer)
 
 void AppDelegate::setupDetailPanel()
 {
-    // A floating panel that never takes the focus from the main window.
-    m_detailPanel =
-        new QWidget(m_window, Qt::Tool | Qt::FramelessWindowHint | Qt::WindowDoesNotAcceptFocus);
+    // A floating panel that never takes the focus from the main window. A tooltip window
+    // with the main window as its transient parent: on Wayland, where a window cannot
+    // place itself, the compositor puts it where we ask relative to the main window (a popup
+    // without a grab); on X11 it goes exactly where it is moved.
+    const Qt::WindowFlags flags =
+        Qt::ToolTip | Qt::FramelessWindowHint | Qt::WindowDoesNotAcceptFocus;
+    m_detailPanel = new QWidget(m_window, flags);
     m_detailPanel->setAttribute(Qt::WA_ShowWithoutActivating);
     detailUi = std::make_unique<Ui::DetailPanel>();
     detailUi->setupUi(m_detailPanel);
-    m_detailPanel->setWindowFlags(Qt::Tool | Qt::FramelessWindowHint |
-                                  Qt::WindowDoesNotAcceptFocus);
+    m_detailPanel->setWindowFlags(flags);
     // Frameless, so it draws its own edge to stand apart from the window below it.
     m_detailPanel->setAttribute(Qt::WA_StyledBackground);
     m_detailPanel->setStyleSheet(QStringLiteral(
@@ -159,6 +163,7 @@ void AppDelegate::mouseMoved(QWidget *eventWindow, const QPointF &globalPos)
         m_lastMoveOnRow = kNoRow;
         return;
     }
+    m_pointerInWindow = m_window->mapFromGlobal(globalPos);
     // 2.
     switch (ui->segmentedControl->selectedSegment()) {
     case 1: {
@@ -247,7 +252,9 @@ void AppDelegate::calcDetailPanelLocation()
     // (0, 0)-(width, height), on a secondary screen too.
     const QScreen *screen = m_window ? m_window->screen() : nullptr;
     const QSizeF s = screen ? QSizeF(screen->geometry().size()) : QSizeF(0, 0);
-    const QPointF m = QCursor::pos();
+    // The pointer where it last moved over the main window, taken through that window's
+    // position into screen coordinates.
+    const QPointF m = m_window ? m_window->mapToGlobal(m_pointerInWindow) : m_pointerInWindow;
     const QSizeF p = m_detailPanel ? QSizeF(m_detailPanel->frameGeometry().size()) : QSizeF(0, 0);
     // Qt's y grows downwards: the panel's top edge sits 17 points below the pointer.
     const double x = GeometryUtil::clampFloat(m.x(), 0, s.width() - p.width());

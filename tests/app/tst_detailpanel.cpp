@@ -225,11 +225,13 @@ void TestDetailPanel::placementStaysOnTheScreen()
     PanelFixture f;
     const QSize screen = f.h.app().window()->screen()->geometry().size();
     const QSize panel = f.h.app().detailPanel()->frameGeometry().size();
-    QCursor::setPos(screen.width() - 5, screen.height() - 5);
+    // The pointer position comes from the last move over the main window.
+    QWidget *window = f.h.app().window();
+    f.h.app().mouseMoved(window, QPointF(screen.width() - 5, screen.height() - 5));
     f.h.app().calcDetailPanelLocation();
     QCOMPARE(f.h.app().detailPanelLocation(),
              QPointF(screen.width() - panel.width(), screen.height() - panel.height()));
-    QCursor::setPos(-40, 10);
+    f.h.app().mouseMoved(window, QPointF(-40, 10));
     f.h.app().calcDetailPanelLocation();
     QCOMPARE(f.h.app().detailPanelLocation(), QPointF(0, 27));
 }
