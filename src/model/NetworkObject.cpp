@@ -5,6 +5,7 @@
 #include "wireless/CWTypes.h"
 
 #include <QCache>
+#include <QGuiApplication>
 #include <QPainter>
 #include <QSvgRenderer>
 
@@ -392,11 +393,12 @@ QString NetworkObject::ibss() const
 
 namespace {
 
-QImage drawIcon(QRgb color, bool open)
+QImage drawIcon(QRgb color, bool open, qreal ratio)
 {
     constexpr int kWidth = 19;
     constexpr int kHeight = 17;
-    QImage image(kWidth, kHeight, QImage::Format_ARGB32_Premultiplied);
+    QImage image(QSize(kWidth, kHeight) * ratio, QImage::Format_ARGB32_Premultiplied);
+    image.setDevicePixelRatio(ratio);
     image.fill(QColor::fromRgba(color));
     QSvgRenderer renderer(open ? QStringLiteral(":/icons/clear.svg")
                                : QStringLiteral(":/icons/lock.svg"));
@@ -424,10 +426,15 @@ QImage NetworkObject::icon()
     // drawn images shared by every record keeps this cheap without an image per record.
     // Main thread only, like the records themselves.
     static QCache<quint64, QImage> cache(512);
-    const quint64 key = (quint64(m_iconColor) << 1) | quint64(m_iconOpen);
+    // Drawn from the SVG for the pixel density of the finest screen (a scaled-up bitmap would
+    // be blurred there); the image keeps its size in points through its pixel ratio.
+    const auto *gui = qobject_cast<QGuiApplication *>(QCoreApplication::instance());
+    const qreal ratio = gui ? gui->devicePixelRatio() : 1.0;
+    const quint64 key =
+        (quint64(qRound(ratio * 100)) << 33) | (quint64(m_iconColor) << 1) | quint64(m_iconOpen);
     if (const QImage *cached = cache.object(key))
         return *cached;
-    const QImage image = drawIcon(m_iconColor, m_iconOpen);
+    const QImage image = drawIcon(m_iconColor, m_iconOpen, ratio);
     cache.insert(key, new QImage(image));
     return image;
 }

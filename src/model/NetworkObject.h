@@ -69,8 +69,9 @@ public:
     // The same relative to `now`: one reading of the clock serves a whole list.
     QString lastSeenAt(const QDateTime &now) const;
     QString ibss() const;
-    // 19 x 17; its colour and padlock are fixed at the first request. Records with the same
-    // colour and padlock share one image, so a large survey holds no image per record.
+    // 19 x 17 points, drawn at the finest pixel density among the screens; its colour and
+    // padlock are fixed at the first request. Records with the same colour and padlock share
+    // one image, so a large survey holds no image per record.
     QImage icon();
 
     // Export rows.

@@ -43,8 +43,9 @@ QList<WiFiMapLayout::Placement> WiFiMapView::layout()
     const WiFiMapLayout::Lists lists = WiFiMapLayout::ringLists(delegate()->networks(), bssid);
     const WiFiMapLayout::TextMeasure measure = textMeasure();
     for (int ring = 1; ring <= WiFiMapLayout::kRings; ++ring) {
-        placements += WiFiMapLayout::layoutRing(lists[size_t(ring - 1)], ring, bounds,
-                                                wifiImage(ring).size(), bssid, measure);
+        placements +=
+            WiFiMapLayout::layoutRing(lists[size_t(ring - 1)], ring, bounds,
+                                      wifiImage(ring).deviceIndependentSize(), bssid, measure);
     }
     return placements;
 }
@@ -71,10 +72,11 @@ void WiFiMapView::drawRect(QPainter &painter)
     painter.setBrush(Qt::NoBrush);
     painter.drawPath(rings);
 
-    drawImageUpright(painter,
-                     QPointF((bounds.width() - m_selfImage.width()) * 0.5,
-                             (bounds.height() - m_selfImage.height()) * 0.5),
-                     m_selfImage);
+    drawImageUpright(
+        painter,
+        QPointF((bounds.width() - m_selfImage.deviceIndependentSize().width()) * 0.5,
+                (bounds.height() - m_selfImage.deviceIndependentSize().height()) * 0.5),
+        m_selfImage);
 
     if (delegate()) {
         const WiFiMapLayout::Lists lists =
@@ -89,7 +91,7 @@ void WiFiMapView::drawWifi(QPainter &painter, const QList<NetworkObjectRef> &lis
                            const QImage &image)
 {
     const QList<WiFiMapLayout::Placement> placements = WiFiMapLayout::layoutRing(
-        list, ring, QRectF(rect()), image.size(), currentBssid(), textMeasure());
+        list, ring, QRectF(rect()), image.deviceIndependentSize(), currentBssid(), textMeasure());
     for (const WiFiMapLayout::Placement &placement : placements) {
         drawImageUpright(painter, placement.point, image);
         drawTextUpright(painter, QPointF(placement.textRect.x(), placement.textRect.y()),

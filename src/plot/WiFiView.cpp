@@ -41,7 +41,7 @@ const QImage &WiFiView::wifiImage(int ring) const
     return ring >= 1 && ring <= 5 ? m_wifiImages.at(size_t(ring - 1)) : kNone;
 }
 
-QImage WiFiView::loadIcon(const QString &name)
+QImage WiFiView::loadIcon(const QString &name, qreal pixelRatio)
 {
     QSvgRenderer renderer(QStringLiteral(":/icons/%1.svg").arg(name));
     if (!renderer.isValid())
@@ -49,10 +49,11 @@ QImage WiFiView::loadIcon(const QString &name)
     const QSize size = renderer.defaultSize();
     if (size.isEmpty())
         return QImage();
-    QImage image(size, QImage::Format_ARGB32_Premultiplied);
+    QImage image(size * pixelRatio, QImage::Format_ARGB32_Premultiplied);
+    image.setDevicePixelRatio(pixelRatio);
     image.fill(Qt::transparent);
     QPainter painter(&image);
-    renderer.render(&painter);
+    renderer.render(&painter, QRectF(QPointF(0, 0), QSizeF(size)));
     return image;
 }
 
@@ -79,15 +80,18 @@ QString WiFiView::displayText(const std::optional<QString> &text)
 
 void WiFiView::initImagesIfNeeded()
 {
-    if (m_imagesLoaded)
+    // Drawn again from the SVGs when the view moves to a screen of another pixel density.
+    const qreal ratio = devicePixelRatioF();
+    if (m_imagesLoaded && ratio == m_imagesPixelRatio)
         return;
     m_imagesLoaded = true;
-    m_selfImage = loadIcon(QStringLiteral("laptop"));
+    m_imagesPixelRatio = ratio;
+    m_selfImage = loadIcon(QStringLiteral("laptop"), ratio);
     const QStringList names = {QStringLiteral("wi-fi"), QStringLiteral("wi-fi-2"),
                                QStringLiteral("wi-fi-3"), QStringLiteral("wi-fi-4"),
                                QStringLiteral("wi-fi-5")};
     for (size_t i = 0; i < m_wifiImages.size(); ++i)
-        m_wifiImages[i] = loadIcon(names.at(qsizetype(i)));
+        m_wifiImages[i] = loadIcon(names.at(qsizetype(i)), ratio);
     m_bgGradientStart = QColor::fromRgbF(0.1f, 0.2f, 0.1f, 1.0f);
     m_bgGradientEnd = QColor::fromRgbF(0.1f, 0.1f, 0.1f, 1.0f);
     m_circleColor = QColor::fromRgbF(0.5f, 0.7f, 0.5f, 0.9f);
@@ -113,8 +117,8 @@ void WiFiView::drawImageUpright(QPainter &painter, QPointF lowerLeft, const QIma
         return;
     // Swapping the transform is much cheaper than saving the whole painter state.
     const QTransform yUp = painter.transform();
-    painter.setTransform(QTransform(1, 0, 0, -1, lowerLeft.x(), lowerLeft.y() + image.height()) *
-                         yUp);
+    const qreal height = image.deviceIndependentSize().height();
+    painter.setTransform(QTransform(1, 0, 0, -1, lowerLeft.x(), lowerLeft.y() + height) * yUp);
     painter.drawImage(QPointF(0.0, 0.0), image);
     painter.setTransform(yUp);
 }

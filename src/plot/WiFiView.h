@@ -57,8 +57,9 @@ public:
     // Draws the whole view into `painter`, which is set up for the widget (y down).
     virtual void drawRect(QPainter &painter) = 0;
 
-    // An icon of the application resources at its natural size; a null image if missing.
-    static QImage loadIcon(const QString &name);
+    // An icon of the application resources at its natural size in points, drawn for
+    // `pixelRatio` device pixels per point; a null image if missing.
+    static QImage loadIcon(const QString &name, qreal pixelRatio = 1.0);
     // The platform's user-interface font at `pixelSize`.
     static QFont systemFont(double pixelSize);
     // Names come from the air: control characters (newlines, tabs, NULs) would break a
@@ -86,6 +87,7 @@ protected:
     TextAttributes m_textAttr;
     TextAttributes m_curTextAttr;
     bool m_imagesLoaded = false;
+    qreal m_imagesPixelRatio = 1.0;
 
 private:
     // Laid-out labels, kept from one drawing to the next: shaping the same names again on
