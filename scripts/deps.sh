@@ -21,7 +21,7 @@ corvane_packages() {
     fi
     if [ "${1:-run}" = desktop ]; then
         # The package checks (tests/package) and the tests on a Wayland compositor.
-        pkgs=(appstream desktop-file-utils lintian dpkg-dev man-db gzip weston qt6-wayland)
+        pkgs=(appstream desktop-file-utils lintian dpkg-dev file man-db gzip weston qt6-wayland)
     fi
     if [ "${1:-run}" = vm ]; then
         # The VM runs on this machine's root file system, so these run inside it.
