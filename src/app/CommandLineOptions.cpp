@@ -2,6 +2,7 @@
 #include "app/CommandLineOptions.h"
 
 #include <QCommandLineParser>
+#include <QHostAddress>
 
 #include <cstring>
 
@@ -46,6 +47,12 @@ void addOptions(QCommandLineParser &parser)
          QStringLiteral("file")},
         {QStringLiteral("filter"), QStringLiteral("Headless: the search text."),
          QStringLiteral("text")},
+        {QStringLiteral("serve"),
+         QStringLiteral("Serve the survey over HTTP: Prometheus metrics at /metrics, JSON at "
+                        "/api and a live page at /. The address defaults to 127.0.0.1 (this "
+                        "machine only); 0.0.0.0 or [::] opens it to the network. Port 0 picks "
+                        "a free one."),
+         QStringLiteral("[address:]port")},
     });
 }
 QCommandLineOption helpOption()
@@ -135,8 +142,61 @@ bool CommandLineOptions::parse(const QStringList &arguments, QString *errorText)
                     QStringLiteral("--%1 works only with --headless").arg(QLatin1String(name)));
         }
     }
+    if (parser.isSet(QStringLiteral("serve"))) {
+        QString why;
+        if (!parseServe(parser.value(QStringLiteral("serve")), &serveAddress, &servePort, &why))
+            return fail(QStringLiteral("--serve takes [ADDRESS:]PORT, such as 9100, "
+                                       "0.0.0.0:9100 or [::1]:9100: %1")
+                            .arg(why));
+    }
     if (exportTsv == QLatin1String("-") && exportHtml == QLatin1String("-"))
         return fail(QStringLiteral("Only one export can go to standard output"));
+    return true;
+}
+
+bool CommandLineOptions::parseServe(const QString &text, QString *address, int *port, QString *why)
+{
+    QString host = QStringLiteral("127.0.0.1");
+    QString portText = text;
+    const qsizetype colon = text.lastIndexOf(u':');
+    if (text.startsWith(u'[')) {
+        // An IPv6 address is written in brackets, as in URLs, so its colons stay apart.
+        const qsizetype close = text.indexOf(u']');
+        if (close < 0 || close + 1 >= text.size() || text.at(close + 1) != u':') {
+            *why = QStringLiteral("an IPv6 address goes in brackets followed by :PORT");
+            return false;
+        }
+        host = text.mid(1, close - 1);
+        portText = text.mid(close + 2);
+        if (!host.contains(u':')) {
+            *why = QStringLiteral("\"%1\" is no IPv6 address").arg(host);
+            return false;
+        }
+    } else if (colon >= 0) {
+        host = text.left(colon);
+        portText = text.mid(colon + 1);
+        if (host.contains(u':')) {
+            *why = QStringLiteral("write an IPv6 address in brackets, as [%1]").arg(host);
+            return false;
+        }
+    }
+    if (host == QLatin1String("localhost"))
+        host = QStringLiteral("127.0.0.1");
+    const QHostAddress parsed(host);
+    if (parsed.isNull()) {
+        *why = QStringLiteral("\"%1\" is no IP address (names other than localhost are "
+                              "not looked up)")
+                   .arg(host);
+        return false;
+    }
+    bool ok = false;
+    const uint value = portText.toUInt(&ok);
+    if (!ok || value > 65535 || portText.startsWith(u'+')) {
+        *why = QStringLiteral("\"%1\" is no port number from 0 to 65535").arg(portText);
+        return false;
+    }
+    *address = parsed.toString();
+    *port = int(value);
     return true;
 }
 
@@ -153,7 +213,7 @@ QString CommandLineOptions::usage()
     QString text = parser.helpText();
     text +=
         QStringLiteral("\nExit codes (headless): 0 done, 2 bad arguments, 3 no usable interface, "
-                       "4 an output file could not be written.\n");
+                       "4 an output file could not be written, 5 --serve could not listen.\n");
     return text;
 }
 

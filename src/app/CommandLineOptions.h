@@ -24,6 +24,8 @@ struct CommandLineOptions
     QString exportHtml;
     QString logTsv;
     QString filter;
+    QString serveAddress; // --serve: the address to listen on (an IP address)
+    int servePort = -1;   // --serve: the port, 0 for any free one; -1 without --serve
     bool help = false;
     bool version = false;
 
@@ -31,6 +33,9 @@ struct CommandLineOptions
     bool parse(const QStringList &arguments, QString *errorText);
 
     static QString usage();
+    // "[ADDRESS:]PORT" with the address an IPv4 address, an IPv6 one in brackets or
+    // localhost, 127.0.0.1 when left out. On failure `why` says what is wrong.
+    static bool parseServe(const QString &text, QString *address, int *port, QString *why);
     // True when the raw arguments ask for headless mode (checked before Qt starts, so that
     // the offscreen platform can be chosen).
     static bool wantsHeadless(int argc, char **argv);

@@ -3,6 +3,7 @@
 #include "app/CommandLineOptions.h"
 #include "app/HeadlessRunner.h"
 #include "prefs/PreferenceStore.h"
+#include "sensor/SensorEndpoint.h"
 #include "wireless/BackendFactory.h"
 #include "wireless/WirelessBackend.h"
 #include "wireless/replay/ReplayBackend.h"
@@ -32,6 +33,19 @@ BackendFactory::Kind kindOf(CommandLineOptions::Backend backend)
         break;
     }
     return BackendFactory::Kind::Auto;
+}
+
+// --serve: the sensor over the running survey. False, having said why, when it cannot listen.
+bool startSensor(const CommandLineOptions &options, SurveyEngine *engine,
+                 std::unique_ptr<SensorEndpoint> *sensor)
+{
+    if (options.servePort < 0)
+        return true;
+    QString error;
+    *sensor = SensorEndpoint::start(engine, options.serveAddress, options.servePort, &error);
+    if (!*sensor)
+        std::fprintf(stderr, "%s\n", qUtf8Printable(error));
+    return *sensor != nullptr;
 }
 
 // Everything after Qt has started. `gui` is false for headless runs, help and version,
@@ -103,7 +117,12 @@ int run(bool gui)
         }
         QObject::connect(&runner, &HeadlessRunner::finished, QCoreApplication::instance(),
                          &QCoreApplication::exit);
-        const int code = runner.start() ? QCoreApplication::exec() : runner.exitCode();
+        std::unique_ptr<SensorEndpoint> sensor;
+        int code = runner.start() ? 0 : runner.exitCode();
+        if (code == 0 && !startSensor(options, runner.engine(), &sensor))
+            code = SensorEndpoint::kListenFailed;
+        if (code == 0)
+            code = QCoreApplication::exec();
         WirelessBackend::setCurrent(nullptr);
         return code;
     }
@@ -127,6 +146,9 @@ int run(bool gui)
             window->statusBar()->showMessage(QStringLiteral("The replay has finished."));
         });
     }
+    std::unique_ptr<SensorEndpoint> sensor;
+    if (!startSensor(options, controller.engine(), &sensor))
+        return SensorEndpoint::kListenFailed;
     window->show();
     QApplication::setQuitOnLastWindowClosed(
         AppDelegate::applicationShouldTerminateAfterLastWindowClosed());

@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 """Shared parts of the checks that drive real clients against a sensor: finding the
-Debian tools (skip locally with the apt-get line, fail in CI), starting the simulated
+Debian tools (skip locally with the apt-get line, fail in CI), starting the program as a
 sensor and talking to it over loopback HTTP."""
 import json
 import os
@@ -9,6 +9,7 @@ import shutil
 import socket
 import subprocess
 import sys
+import tempfile
 import threading
 import urllib.error
 import urllib.request
@@ -40,7 +41,10 @@ class Sensor:
     ("Serving the survey on http://127.0.0.1:PORT/ ..."); `url` ends with a slash."""
 
     def __init__(self, command):
-        env = dict(os.environ, QT_LOGGING_RULES="default.info=false")
+        # Settings of its own, so that no stored interval or comment of the user's counts.
+        self.settings = tempfile.TemporaryDirectory()
+        env = dict(os.environ, QT_LOGGING_RULES="default.info=false",
+                   XDG_CONFIG_HOME=self.settings.name)
         self.process = subprocess.Popen(command, stdout=subprocess.DEVNULL,
                                         stderr=subprocess.PIPE, text=True, env=env)
         self.url = None
@@ -67,6 +71,7 @@ class Sensor:
     def stop(self):
         self.process.kill()
         self.process.wait()
+        self.settings.cleanup()
 
     def __enter__(self):
         return self
