@@ -33,12 +33,13 @@ function cellText(value) {
   return value === null || value === undefined ? "" : String(value);
 }
 
-// Texts such as "43%", "40dB" or "149" compare by their number.
+// Texts such as "43%", "40dB", "2.4GHz" or "149" compare by their number; others (a BSSID
+// too, although it starts with digits) as text.
 function sortKey(value) {
   if (typeof value === "number")
     return value;
-  const match = /^-?\d+(\.\d+)?/.exec(cellText(value));
-  return match ? parseFloat(match[0]) : null;
+  const match = /^(-?\d+(\.\d+)?)(%|dB|MHz|GHz)?$/.exec(cellText(value));
+  return match ? parseFloat(match[1]) : null;
 }
 
 function compareCells(a, b) {
@@ -186,8 +187,14 @@ async function refresh(status) {
   const [data, iface] = await Promise.all([getJson("api/networks"), getJson("api/interface")]);
   const firstTime = state.data === null;
   state.data = data;
-  if (firstTime)
+  if (firstTime) {
+    // A sort can be bookmarked too: ?sort=<column head>&order=desc.
+    const wanted = parameters.get("sort");
+    if (wanted !== null)
+      state.sortColumn = columnHeads().indexOf(wanted);
+    state.sortDown = parameters.get("order") === "desc";
     renderHead();
+  }
   const rows = renderTable();
   const strongest = rows.filter((n) => typeof n.signalDbm === "number")
     .sort((a, b) => b.signalDbm - a.signalDbm).slice(0, CHART_NETWORKS);
@@ -218,7 +225,8 @@ async function poll() {
 }
 
 // A search can be bookmarked: ?search=TEXT fills the box.
-const initialSearch = new URLSearchParams(window.location.search).get("search");
+const parameters = new URLSearchParams(window.location.search);
+const initialSearch = parameters.get("search");
 if (initialSearch !== null)
   document.getElementById("search").value = initialSearch;
 document.getElementById("search").addEventListener("input", () => {

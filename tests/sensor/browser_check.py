@@ -81,6 +81,16 @@ def main():
             check(sorted(rows) == sorted(expected), f"search {search!r}: rows {rows}")
         print("chromium: the search box matches as the window does")
 
+        # Sorting by a column: numbers by their value, texts as text.
+        networks = {n["bssid"]: n for n in sensor.json("api/networks")["networks"]}
+        rows = load(chromium, sensor.url + "?sort=Channel").rows
+        channels = [networks[b]["channel"] for b in rows]
+        check(channels == sorted(channels) and len(rows) == len(known),
+              f"sorted by channel: {channels}")
+        rows = load(chromium, sensor.url + "?sort=BSSID&order=desc").rows
+        check(rows == sorted(known, reverse=True), f"sorted by BSSID, descending: {rows}")
+        print("chromium: the table sorts by a column")
+
 
 if __name__ == "__main__":
     main()
