@@ -5,6 +5,7 @@
 #include "wireless/simulated/SimulatedBackend.h"
 
 #include <QFile>
+#include <QSet>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -47,6 +48,22 @@ TEST(SimulatedScenario, BadScenariosGiveClearMessages)
         {R"({"accessPoints": [{"bssid": "02:00:00:00:00:01", "channel": 36, "width": 80, "position": [0, 0]}]})",
          "accessPoints[0].width: 80 MHz needs 802.11ac"},
         {"{\"accessPoints\": [{" + ap + R"(, "phy": "a/n"}]})", "802.11a and ac are 5 GHz only"},
+        {"{\"accessPoints\": [{" + ap + R"(, "band": 6}]})",
+         "accessPoints[0].channel: 6 is no 6 GHz"},
+        {"{\"accessPoints\": [{" + ap + R"(, "band": 3}]})",
+         "accessPoints[0].band: expected 2.4, 5 or 6"},
+        {R"({"accessPoints": [{"bssid": "02:00:00:00:00:01", "band": 6, "channel": 5, "phy": "a/ax", "position": [0, 0]}]})",
+         "accessPoints[0].phy: 6 GHz carries only 802.11ax and be"},
+        {R"({"accessPoints": [{"bssid": "02:00:00:00:00:01", "band": 6, "channel": 5, "width": 320, "position": [0, 0]}]})",
+         "accessPoints[0].width: 320 MHz needs 802.11be"},
+        {R"({"accessPoints": [{"bssid": "02:00:00:00:00:01", "channel": 140, "phy": "a/n/ac", "width": 160, "position": [0, 0]}]})",
+         "accessPoints[0].width: channel 140 is in no 160 MHz block"},
+        {R"({"accessPoints": [{"bssid": "02:00:00:00:00:01", "channel": 36, "phy": "a/n/ac", "width": 80, "secondSegment": 58, "position": [0, 0]}]})",
+         "accessPoints[0].secondSegment: 58 touches the first segment (centre 42)"},
+        {R"({"accessPoints": [{"bssid": "02:00:00:00:00:01", "channel": 36, "phy": "a/n/ac", "width": 80, "secondSegment": 150, "position": [0, 0]}]})",
+         "accessPoints[0].secondSegment: 150 is the centre of no 80 MHz block"},
+        {"{\"accessPoints\": [{" + ap + R"(, "secondSegment": 155}]})",
+         "only an 80 MHz network on 5 or 6 GHz has a second segment"},
         {"{\"accessPoints\": [{" + ap + R"(, "ssid": "123456789012345678901234567890123"}]})",
          "longer than 32 bytes"},
         {"{\"accessPoints\": [{" + ap + R"(, "vanishAt": 30}]})",
@@ -131,4 +148,66 @@ TEST(SimulatedScenario, DefaultsAndRawSsidBytes)
     EXPECT_EQ(list[0]->bssid(), QStringLiteral("0a:00:00:00:00:01"));
     EXPECT_TRUE(list[0]->supportsSecurity(kCWSecurityNone));
     EXPECT_TRUE(list[0]->supportsPHYMode(kCWPHYMode11g));
+}
+
+// Where each access point sits on the air: its channel's block of its width, the second
+// 80+80 segment, and the 6 GHz band a scenario names (its channel numbers overlap the others).
+TEST(SimulatedScenario, RealChannelLayout)
+{
+    QString text;
+    auto sim = SimulatedBackend::fromJson(R"({"accessPoints": [
+        {"bssid": "02:00:00:00:00:01", "channel": 11, "width": 40, "position": [1, 0]},
+        {"bssid": "02:00:00:00:00:02", "channel": 52, "phy": "a/n/ac", "width": 160, "position": [1, 0]},
+        {"bssid": "02:00:00:00:00:03", "channel": 100, "phy": "a/n/ac", "width": 80,
+         "secondSegment": 155, "position": [1, 0]},
+        {"bssid": "02:00:00:00:00:04", "band": 6, "channel": 37, "width": 160, "position": [1, 0]},
+        {"bssid": "02:00:00:00:00:05", "band": 6, "channel": 69, "phy": "ax/be", "width": 320,
+         "position": [1, 0]}]})",
+                                          1, &text);
+    ASSERT_TRUE(sim) << qPrintable(text);
+    const auto list = sim->scanForNetworks(kIf, {}, nullptr);
+    ASSERT_EQ(list.size(), 5);
+    const struct
+    {
+        int band;
+        int width;
+        int center0;
+        int center1;
+        int widthCode;
+        unsigned phy;
+    } expected[] = {
+        {kCWChannelBand2GHz, 40, 2452, 0, kCWChannelWidth40MHz,
+         (1u << kCWPHYMode11b) | (1u << kCWPHYMode11g) | (1u << kCWPHYMode11n)},
+        {kCWChannelBand5GHz, 160, 5250, 0, kCWChannelWidth160MHz,
+         (1u << kCWPHYMode11a) | (1u << kCWPHYMode11n)},
+        {kCWChannelBand5GHz, 80, 5530, 5775, kCWChannelWidth80MHz,
+         (1u << kCWPHYMode11a) | (1u << kCWPHYMode11n)},
+        {kCWChannelBand6GHz, 160, 6185, 0, kCWChannelWidth160MHz, 0},
+        {kCWChannelBand6GHz, 320, 6425, 0, kCWChannelWidth160MHz, 0},
+    };
+    for (int i = 0; i < 5; ++i) {
+        SCOPED_TRACE(i);
+        const CWOperatingChannel &c = list[i]->operatingChannel();
+        EXPECT_EQ(c.primaryChannel, list[i]->wlanChannel().channelNumber());
+        EXPECT_EQ(c.band, expected[i].band);
+        EXPECT_EQ(list[i]->wlanChannel().channelBand(), expected[i].band);
+        EXPECT_EQ(list[i]->wlanChannel().channelWidth(), expected[i].widthCode);
+        EXPECT_EQ(c.widthMHz, expected[i].width);
+        EXPECT_EQ(c.centerMHz[0], expected[i].center0);
+        EXPECT_EQ(c.centerMHz[1], expected[i].center1);
+        EXPECT_EQ(list[i]->data().phyModes, expected[i].phy);
+        EXPECT_TRUE(c.coversPrimary());
+    }
+
+    // The built-in scenario shows every kind: 80, 160, 80+80 and 6 GHz.
+    auto built = SimulatedBackend::createDefault(1);
+    QSet<QString> kinds;
+    for (const auto &net : built->scanForNetworks(built->interfaceNames().value(0), {}, nullptr)) {
+        const CWOperatingChannel &c = net->operatingChannel();
+        EXPECT_TRUE(c.coversPrimary()) << qPrintable(net->bssid());
+        kinds << c.widthText() + CWOperatingChannel::bandText(c.band);
+    }
+    for (const char *kind : {"80 MHz5 GHz", "160 MHz5 GHz", "80+80 MHz5 GHz", "160 MHz6 GHz",
+                             "320 MHz6 GHz", "40 MHz2.4 GHz", "20 MHz2.4 GHz"})
+        EXPECT_TRUE(kinds.contains(QLatin1String(kind))) << kind;
 }

@@ -50,6 +50,24 @@ OperatingWidth HeOperation::SixGHzInfo::width() const
     }
 }
 
+int EhtOperation::Info::widthMHz() const
+{
+    switch (control & 0x07) {
+    case 0:
+        return 20;
+    case 1:
+        return 40;
+    case 2:
+        return 80;
+    case 3:
+        return 160;
+    case 4:
+        return 320;
+    default:
+        return 0;
+    }
+}
+
 bool BssElements::ssidHidden() const
 {
     if (!ssid || ssid->isEmpty())

@@ -123,6 +123,21 @@ struct HeOperation
     std::optional<SixGHzInfo> sixGHz;
 };
 
+// EHT Operation (802.11be-2024 9.4.2.321). Only the optional EHT Operation Information
+// matters here: the width of the BSS (20 to 320 MHz) and its centre frequency segments.
+struct EhtOperation
+{
+    std::uint8_t parameters = 0;
+    struct Info
+    {
+        std::uint8_t control = 0; // bits 0-2: 0 20, 1 40, 2 80, 3 160, 4 320 MHz
+        std::uint8_t centerSegment0 = 0;
+        std::uint8_t centerSegment1 = 0;
+        int widthMHz() const; // 0 for a reserved value
+    };
+    std::optional<Info> info;
+};
+
 // The decoded information elements of one beacon or probe response. Each field is present
 // only when its element was there and passed its checks; flags tell what was skipped.
 struct BssElements
@@ -149,6 +164,7 @@ struct BssElements
     std::optional<VhtOperation> vhtOperation;
     std::optional<HeCapabilities> heCapabilities;
     std::optional<HeOperation> heOperation;
+    std::optional<EhtOperation> ehtOperation;
     std::optional<QByteArray> meshId;
 
     bool ok() const { return flags == 0; }

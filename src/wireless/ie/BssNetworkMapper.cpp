@@ -4,6 +4,8 @@
 #include "wireless/CWTypes.h"
 #include "wireless/ie/FrequencyPlan.h"
 
+#include <array>
+
 namespace {
 // AKMs that authenticate with a shared password and with 802.1X. SAE is the WPA3 form of a
 // personal network; FT and Suite B are variants of the same two kinds.
@@ -48,7 +50,104 @@ int widthCode(OperatingWidth width)
         return kCWChannelWidthUnknown;
     }
 }
+// A candidate reading of the width: centre channel numbers of one or two segments.
+CWOperatingChannel candidate(int primary, int band, int widthMHz, int center0, int center1 = 0)
+{
+    CWOperatingChannel c;
+    c.primaryChannel = primary;
+    c.band = band;
+    c.widthMHz = widthMHz;
+    c.centerMHz = {FrequencyPlan::frequencyForChannel(center0, band),
+                   center1 ? FrequencyPlan::frequencyForChannel(center1, band) : 0};
+    if (c.centerMHz[0] == 0 || (center1 && c.centerMHz[1] == 0))
+        c.widthMHz = 0;
+    return c;
+}
+
+// VHT Operation and the VHT part of HE Operation (802.11-2020 Table 9-274): since 802.11-2016
+// 160 MHz sends the 80 MHz centre of the primary half in segment 0 and the 160 MHz centre in
+// segment 1; 80+80 sends both 80 MHz centres. Widths 2 and 3 are the older forms.
+CWOperatingChannel fromVht(const VhtOperation &op, int primary, int band)
+{
+    const int seg0 = op.centerSegment0;
+    const int seg1 = op.centerSegment1;
+    switch (op.width()) {
+    case OperatingWidth::W80:
+        return candidate(primary, band, 80, seg0);
+    case OperatingWidth::W160:
+        return op.channelWidth == 2 ? candidate(primary, band, 160, seg0)
+                                    : candidate(primary, band, 160, seg1);
+    case OperatingWidth::W80p80:
+        return candidate(primary, band, 80, seg0, seg1);
+    default:
+        return {};
+    }
+}
+
+// 6 GHz Operation Information of HE Operation (802.11ax-2021 9.4.2.249): segment 0 is the
+// centre of a 20, 40 or 80 MHz channel; for 160 it is the primary 80's and segment 1 the
+// 160's; for 80+80 they are the two 80 MHz centres.
+CWOperatingChannel fromSixGHz(const HeOperation::SixGHzInfo &info, int primary, int band)
+{
+    switch (info.control & 0x03) {
+    case 0:
+        return candidate(primary, band, 20, info.centerSegment0);
+    case 1:
+        return candidate(primary, band, 40, info.centerSegment0);
+    case 2:
+        return candidate(primary, band, 80, info.centerSegment0);
+    default:
+        if (info.width() == OperatingWidth::W80p80)
+            return candidate(primary, band, 80, info.centerSegment0, info.centerSegment1);
+        // Early 6 GHz access points put the 160 MHz centre in segment 0 and leave 1 empty.
+        return candidate(primary, band, 160,
+                         info.centerSegment1 ? info.centerSegment1 : info.centerSegment0);
+    }
+}
+
+// EHT Operation Information (802.11be-2024 9.4.2.321): segment 0 is the centre of a 20, 40
+// or 80 MHz channel; for 160 and 320 MHz segment 1 is the centre of the whole channel.
+CWOperatingChannel fromEht(const EhtOperation::Info &info, int primary, int band)
+{
+    const int width = info.widthMHz();
+    if (width == 0)
+        return {};
+    return candidate(primary, band, width,
+                     width >= 160 ? info.centerSegment1 : info.centerSegment0);
+}
 } // namespace
+
+CWOperatingChannel BssNetworkMapper::operatingChannel(const BssElements &elements, int frequencyMHz)
+{
+    const CWChannel announced = channel(elements, frequencyMHz);
+    const int primary = int(announced.channelNumber());
+    const int band = announced.channelBand();
+    if (FrequencyPlan::frequencyForChannel(primary, band) == 0)
+        return CWOperatingChannel{primary, band, 0, {}};
+
+    // Widest first; a reading whose span misses the primary channel is garbled or meant for
+    // another band (some 2.4 GHz access points send a VHT element) and is passed over.
+    std::array<CWOperatingChannel, 5> readings;
+    if (elements.ehtOperation && elements.ehtOperation->info)
+        readings[0] = fromEht(*elements.ehtOperation->info, primary, band);
+    if (elements.heOperation && elements.heOperation->sixGHz)
+        readings[1] = fromSixGHz(*elements.heOperation->sixGHz, primary, band);
+    if (elements.vhtOperation)
+        readings[2] = fromVht(*elements.vhtOperation, primary, band);
+    if (elements.heOperation && elements.heOperation->vhtInfo)
+        readings[3] = fromVht(*elements.heOperation->vhtInfo, primary, band);
+    if (elements.htOperation && elements.htOperation->is40MHz()) {
+        // The pair is built on HT Operation's own primary channel, 10 MHz above or below it.
+        const HtOperation &ht = *elements.htOperation;
+        const int htPrimary = ht.primaryChannel ? ht.primaryChannel : primary;
+        readings[4] = candidate(primary, band, 40, htPrimary + (ht.secondaryOffset == 1 ? 2 : -2));
+    }
+    for (const CWOperatingChannel &reading : readings) {
+        if (reading.coversPrimary())
+            return reading;
+    }
+    return candidate(primary, band, 20, primary);
+}
 
 CWChannel BssNetworkMapper::channel(const BssElements &elements, int frequencyMHz)
 {
@@ -214,5 +313,6 @@ CWNetwork::Data BssNetworkMapper::networkData(const BssElements &elements,
     d.ibss = observation.capability & kCapabilityIBSS;
     d.beaconInterval = observation.beaconInterval;
     d.countryCode = countryCode(elements);
+    d.operatingChannel = operatingChannel(elements, observation.frequencyMHz);
     return d;
 }

@@ -38,6 +38,10 @@ public:
     // part of HE Operation); the heard frequency only fills in what the frame leaves open.
     static CWChannel channel(const BssElements &elements, int frequencyMHz);
     static int channelWidth(const BssElements &elements);
+    // The real width and segment centres, from the widest operation element that agrees
+    // with the primary channel (EHT, the 6 GHz part of HE, VHT or HE's VHT part, HT), else
+    // 20 MHz around the primary channel. Unknown when the primary channel is.
+    static CWOperatingChannel operatingChannel(const BssElements &elements, int frequencyMHz);
     // Bit n set: supportsSecurity(n) (CWSecurity values).
     static unsigned securities(const BssElements &elements, std::uint16_t capability);
     // The CWSecurityMode matching the text the securities give (mixed modes as WPA2).

@@ -173,10 +173,27 @@ bool decodeHeOperation(Bytes body, std::size_t length, BssElements &out)
     return true;
 }
 
+// EHT Operation (802.11be-2024 9.4.2.321): parameters, the basic EHT-MCS and NSS set (4),
+// then EHT Operation Information (control and two centre segments) when parameter bit 0 is
+// set, followed by a 2-byte disabled subchannel bitmap when bit 1 is.
+bool decodeEhtOperation(Bytes body, std::size_t length, BssElements &out)
+{
+    EhtOperation op;
+    op.parameters = body[0];
+    const bool hasInfo = op.parameters & 0x01;
+    const bool hasBitmap = hasInfo && (op.parameters & 0x02);
+    if (length < 5 + (hasInfo ? 3u : 0u) + (hasBitmap ? 2u : 0u))
+        return false;
+    if (hasInfo)
+        op.info = EhtOperation::Info{body[5], body[6], body[7]};
+    out.ehtOperation = op;
+    return true;
+}
+
 // One row per element. Lengths are those of 802.11-2020 clause 9.4.2, with two allowances
 // seen on real access points: rate elements longer than 8 and country elements with no
 // triplets. Rows for single-instance elements keep the first copy.
-constexpr std::array<ElementRow, 15> kElements{{
+constexpr std::array<ElementRow, 16> kElements{{
     {0, -1, "SSID", 0, 32, false, decodeSsid},
     {1, -1, "Supported Rates", 1, 255, true, decodeRates},
     {3, -1, "DS Parameter Set", 1, 1, false, decodeDs},
@@ -192,6 +209,7 @@ constexpr std::array<ElementRow, 15> kElements{{
     // HE Capabilities: MAC (6) + PHY (11) + the mandatory 80 MHz MCS map (4).
     {255, 35, "HE Capabilities", 21, 254, false, decodeHeCapabilities},
     {255, 36, "HE Operation", 6, 254, false, decodeHeOperation},
+    {255, 106, "EHT Operation", 5, 254, false, decodeEhtOperation},
     {255, -2, "Element ID Extension", 0, 254, true, nullptr}, // other extensions
 }};
 

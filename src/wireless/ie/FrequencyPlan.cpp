@@ -63,3 +63,43 @@ int FrequencyPlan::frequencyForChannel(int channel, int band)
         return 0;
     }
 }
+
+bool FrequencyPlan::isTwentyMHzChannel(int channel, int band)
+{
+    switch (band) {
+    case kCWChannelBand2GHz:
+        return channel >= 1 && channel <= 13;
+    case kCWChannelBand5GHz:
+        if ((channel >= 36 && channel <= 64) || (channel >= 100 && channel <= 144))
+            return channel % 4 == 0;
+        return channel >= 149 && channel <= 177 && (channel - 149) % 4 == 0;
+    case kCWChannelBand6GHz:
+        return channel >= 1 && channel <= 233 && (channel - 1) % 4 == 0;
+    default:
+        return false;
+    }
+}
+
+int FrequencyPlan::blockCenter(int channel, int band, int widthMHz)
+{
+    if (!isTwentyMHzChannel(channel, band) || widthMHz < 20 || widthMHz > 320)
+        return 0;
+    if (widthMHz == 20)
+        return channel;
+    if (band == kCWChannelBand2GHz)
+        return widthMHz == 40 ? (channel <= 7 ? channel + 2 : channel - 2) : 0;
+    if (band == kCWChannelBand5GHz && widthMHz == 320)
+        return 0;
+    // 5 and 6 GHz blocks are aligned runs of 20 MHz channels (802.11-2020 Annex E, E.1 and
+    // 802.11ax-2021 27.3.23.2): counted from 36 and from 149 on 5 GHz, from 1 on 6 GHz.
+    const int n = widthMHz / 20;
+    if (n != 2 && n != 4 && n != 8 && n != 16)
+        return 0;
+    const int base = band == kCWChannelBand6GHz ? 1 : channel >= 149 ? 149 : 36;
+    const int start = base + (channel - base) / 4 / n * n * 4;
+    for (int k = 0; k < n; ++k) {
+        if (!isTwentyMHzChannel(start + 4 * k, band))
+            return 0;
+    }
+    return start + (n - 1) * 2;
+}

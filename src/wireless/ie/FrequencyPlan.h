@@ -16,4 +16,11 @@ public:
     static int bandForChannel(int channel);
     // The centre frequency in MHz of a channel in a band, or 0.
     static int frequencyForChannel(int channel, int band);
+    // The centre channel of the channel block of widthMHz (40, 80, 160, 320) in a band that
+    // holds the 20 MHz channel `channel`, or 0 when there is none. On 2.4 GHz a 40 MHz channel
+    // has no fixed blocks: the secondary goes above for channels 1-7, below otherwise.
+    static int blockCenter(int channel, int band, int widthMHz);
+    // True for the 20 MHz channels a block may be built of (5 GHz: 36-64, 100-144, 149-177;
+    // 6 GHz: 1-233 in steps of 4; 2.4 GHz: 1-13).
+    static bool isTwentyMHzChannel(int channel, int band);
 };

@@ -68,6 +68,7 @@ SimAdHoc::fromParameters(const QVariantMap &parameters, const SimScenario::Inter
         return std::nullopt;
     }
     ap.channel = int(channel);
+    ap.band = SimScenario::bandOf(channel);
     const bool five = SimScenario::bandOf(channel) == kCWChannelBand5GHz;
     // Ad-hoc mode runs the legacy rates only.
     ap.phyModes = five ? 1u << kCWPHYMode11a : (1u << kCWPHYMode11b) | (1u << kCWPHYMode11g);

@@ -3,6 +3,7 @@
 
 #include "wireless/CWTypes.h"
 #include "wireless/simulated/SimJsonReader.h"
+#include "wireless/simulated/SimRadioFacts.h"
 
 #include <QJsonDocument>
 #include <QRegularExpression>
@@ -25,31 +26,6 @@ bool isValidKey(SimSecurity::Kind kind, const QString &key)
     if (kind == SimSecurity::WEP)
         return n == 5 || n == 13 || ((n == 10 || n == 26) && isHex(key));
     return (n >= 8 && n <= 63) || (n == 64 && isHex(key));
-}
-
-constexpr unsigned kAcBit = 1u << 5; // private marker, stripped before it crosses the boundary
-
-// PHY letters of a scenario ("b/g/n", "a/n/ac") to CWPHYMode bits. 802.11ac has no code
-// of its own at the boundary: it shows as a and n.
-std::optional<unsigned> parsePhy(const QString &text)
-{
-    unsigned bits = 0;
-    for (const QString &part : text.split(QLatin1Char('/'))) {
-        const QString p = part.trimmed().toLower();
-        if (p == QLatin1String("a"))
-            bits |= 1u << kCWPHYMode11a;
-        else if (p == QLatin1String("b"))
-            bits |= 1u << kCWPHYMode11b;
-        else if (p == QLatin1String("g"))
-            bits |= 1u << kCWPHYMode11g;
-        else if (p == QLatin1String("n"))
-            bits |= 1u << kCWPHYMode11n;
-        else if (p == QLatin1String("ac"))
-            bits |= (1u << kCWPHYMode11a) | (1u << kCWPHYMode11n) | kAcBit;
-        else
-            return std::nullopt;
-    }
-    return bits;
 }
 
 class Parser
@@ -92,8 +68,8 @@ private:
     {
         const SimJsonReader o = r.object(QStringLiteral("radio"));
         o.allowOnly({"pathLossExponent", "referenceDistance", "referenceLoss24", "referenceLoss5",
-                     "hearingThreshold", "noiseFloor24", "noiseFloor5", "noiseJitter",
-                     "walkAmplitude", "walkPeriod"});
+                     "referenceLoss6", "hearingThreshold", "noiseFloor24", "noiseFloor5",
+                     "noiseJitter", "walkAmplitude", "walkPeriod"});
         radio.pathLossExponent =
             o.number(QStringLiteral("pathLossExponent"), radio.pathLossExponent, 1.0, 8.0);
         radio.referenceDistance =
@@ -102,6 +78,8 @@ private:
             o.number(QStringLiteral("referenceLoss24"), radio.referenceLoss24, 0.0, 150.0);
         radio.referenceLoss5 =
             o.number(QStringLiteral("referenceLoss5"), radio.referenceLoss5, 0.0, 150.0);
+        radio.referenceLoss6 =
+            o.number(QStringLiteral("referenceLoss6"), radio.referenceLoss6, 0.0, 150.0);
         radio.hearingThreshold =
             int(o.integer(QStringLiteral("hearingThreshold"), radio.hearingThreshold, -120, -20));
         radio.noiseFloor24 =
@@ -150,13 +128,13 @@ private:
     void readAccessPoint(const SimJsonReader &o, SimScenario &s)
     {
         SimScenario::AccessPoint ap;
-        o.allowOnly(
-            {"ssid",           "ssidHex",  "hidden",     "bssid",    "ibss",    "countryCode",
-             "channel",        "phy",      "width",      "position", "txPower", "extraLoss",
-             "beaconInterval", "security", "passphrase", "accounts", "stored",  "appearsAt",
-             "vanishesAt",     "onFor",    "offFor",     "phase"});
+        o.allowOnly({"ssid",          "ssidHex",    "hidden",   "bssid",     "ibss",
+                     "countryCode",   "channel",    "band",     "phy",       "width",
+                     "secondSegment", "position",   "txPower",  "extraLoss", "beaconInterval",
+                     "security",      "passphrase", "accounts", "stored",    "appearsAt",
+                     "vanishesAt",    "onFor",      "offFor",   "phase"});
         readIdentity(o, ap, s);
-        readRadioFacts(o, ap);
+        SimRadioFacts::read(o, ap);
         readSecurity(o, ap, s);
         readPresence(o, ap);
         s.accessPoints.append(ap);
@@ -189,54 +167,6 @@ private:
         }
         ap.ibss = o.boolean(QStringLiteral("ibss"), false);
         ap.countryCode = o.text(QStringLiteral("countryCode"), QString());
-    }
-
-    void readRadioFacts(const SimJsonReader &o, SimScenario::AccessPoint &ap)
-    {
-        ap.channel = int(o.integer(QStringLiteral("channel"), 1, 1, 200, true));
-        if (!o.failed() && !SimScenario::isValidChannel(ap.channel))
-            o.fail(QStringLiteral("channel"),
-                   QStringLiteral("%1 is no 2.4 or 5 GHz channel").arg(ap.channel));
-        const bool five = SimScenario::bandOf(ap.channel) == kCWChannelBand5GHz;
-        const QString phyText =
-            o.text(QStringLiteral("phy"), five ? QStringLiteral("a/n") : QStringLiteral("b/g/n"));
-        const std::optional<unsigned> phy = parsePhy(phyText);
-        if (!phy) {
-            o.fail(QStringLiteral("phy"), QStringLiteral("\"%1\" is not a list like \"b/g/n\" or "
-                                                         "\"a/n/ac\"")
-                                              .arg(phyText));
-        } else if (five && (*phy & ((1u << kCWPHYMode11b) | (1u << kCWPHYMode11g)))) {
-            o.fail(QStringLiteral("phy"), QStringLiteral("802.11b and g are 2.4 GHz only"));
-        } else if (!five && (*phy & ((1u << kCWPHYMode11a) | kAcBit))) {
-            o.fail(QStringLiteral("phy"), QStringLiteral("802.11a and ac are 5 GHz only"));
-        }
-        const bool ac = phy && (*phy & kAcBit);
-        const bool ht = phy && (*phy & (1u << kCWPHYMode11n));
-        ap.phyModes = phy.value_or(0) & ~kAcBit;
-        ap.vht = ac;
-
-        const qint64 mhz = o.integer(QStringLiteral("width"), 20, 20, 160);
-        ap.width = mhz == 20    ? kCWChannelWidth20MHz
-                   : mhz == 40  ? kCWChannelWidth40MHz
-                   : mhz == 80  ? kCWChannelWidth80MHz
-                   : mhz == 160 ? kCWChannelWidth160MHz
-                                : kCWChannelWidthUnknown;
-        if (ap.width == kCWChannelWidthUnknown)
-            o.fail(QStringLiteral("width"), QStringLiteral("expected 20, 40, 80 or 160 (MHz)"));
-        else if (ap.width >= kCWChannelWidth80MHz && !ac)
-            o.fail(QStringLiteral("width"), QStringLiteral("%1 MHz needs 802.11ac").arg(mhz));
-        else if (ap.width == kCWChannelWidth40MHz && !ht)
-            o.fail(QStringLiteral("width"), QStringLiteral("40 MHz needs 802.11n or ac"));
-
-        double p[3] = {0, 0, 0};
-        if (!o.has(QStringLiteral("position")))
-            o.fail(QStringLiteral("position"), QStringLiteral("missing"));
-        else if (o.point(o.value(QStringLiteral("position")), o.pathOf(QStringLiteral("position")),
-                         p))
-            ap.position = {p[0], p[1], p[2]};
-        ap.txPower = o.number(QStringLiteral("txPower"), five ? 23.0 : 20.0, -10.0, 36.0);
-        ap.extraLoss = o.number(QStringLiteral("extraLoss"), 0.0, 0.0, 100.0);
-        ap.beaconInterval = int(o.integer(QStringLiteral("beaconInterval"), 100, 1, 65535));
     }
 
     void readSecurity(const SimJsonReader &o, SimScenario::AccessPoint &ap, const SimScenario &s)

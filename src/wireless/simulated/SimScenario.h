@@ -43,7 +43,10 @@ public:
         bool hidden = false; // no SSID in the beacon
         QString bssid;       // lower-case, colon-separated
         int channel = 1;
+        int band = 1;          // CWChannelBand; the channel's unless a scenario says 6 GHz
         int width = 1;         // CWChannelWidth
+        int widthMHz = 20;     // 20, 40, 80, 160 or 320; of each segment for 80+80
+        int secondSegment = 0; // centre channel of the second 80+80 segment, 0 for none
         unsigned phyModes = 0; // bit n: CWPHYMode n
         bool vht = false;      // 802.11ac, which shows as a and n
         SimSecurity::Kind security = SimSecurity::Open;
@@ -88,6 +91,7 @@ public:
         double referenceDistance = 1.0; // m
         double referenceLoss24 = 40.0;  // dB at the reference distance, 2.4 GHz
         double referenceLoss5 = 46.4;   // dB at the reference distance, 5 GHz
+        double referenceLoss6 = 48.0;   // dB at the reference distance, 6 GHz
         int hearingThreshold = -95;     // dBm; weaker networks are not in scans
         int noiseFloor24 = -92;
         int noiseFloor5 = -95;

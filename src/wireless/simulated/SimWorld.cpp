@@ -3,6 +3,7 @@
 
 #include "wireless/CWTypes.h"
 #include "wireless/simulated/SimNoise.h"
+#include "wireless/simulated/SimRadioFacts.h"
 
 #include <algorithm>
 #include <cmath>
@@ -102,8 +103,9 @@ int SimWorld::signal(int station, int interfaceIndex, double t) const
     const SimScenario::Radio &r = m_scenario.radio;
     const SimScenario::Point where = s.owner >= 0 ? positionOf(s.owner, t) : s.ap.position;
     const double d = std::max(distance(where, positionOf(interfaceIndex, t)), r.referenceDistance);
-    const double l0 = SimScenario::bandOf(s.ap.channel) == kCWChannelBand5GHz ? r.referenceLoss5
-                                                                              : r.referenceLoss24;
+    const double l0 = s.ap.band == kCWChannelBand6GHz   ? r.referenceLoss6
+                      : s.ap.band == kCWChannelBand5GHz ? r.referenceLoss5
+                                                        : r.referenceLoss24;
     const double loss =
         l0 + 10.0 * r.pathLossExponent * std::log10(d / r.referenceDistance) + s.ap.extraLoss;
     // Two octaves: a slow swell every walkPeriod and a quicker ripple on top.
@@ -118,7 +120,8 @@ int SimWorld::signal(int station, int interfaceIndex, double t) const
 int SimWorld::noise(int band, int interfaceIndex, double t) const
 {
     const SimScenario::Radio &r = m_scenario.radio;
-    const int floor = band == kCWChannelBand5GHz ? r.noiseFloor5 : r.noiseFloor24;
+    // 6 GHz shares the 5 GHz floor: both are quieter than the crowded 2.4 GHz band.
+    const int floor = band == kCWChannelBand2GHz ? r.noiseFloor24 : r.noiseFloor5;
     const quint64 seed = m_noiseSeed ^ SimNoise::mix(quint64(band) << 32 | quint64(interfaceIndex));
     const int n = floor + SimNoise::jitter(seed, qint64(std::floor(t)), r.noiseJitter);
     return std::clamp(n, kNoiseMin, kNoiseMax);
@@ -135,7 +138,7 @@ CWNetworkRef SimWorld::networkOf(int station, int interfaceIndex, double t) cons
     if (station < 0 || station >= m_stations.size())
         return nullptr;
     const Station &s = m_stations.at(station);
-    const int band = SimScenario::bandOf(s.ap.channel);
+    const int band = s.ap.band;
     CWNetwork::Data d;
     d.ssidData = s.ap.hidden ? QByteArray() : s.ap.ssid;
     d.ssidPresent = !s.ap.hidden;
@@ -150,6 +153,7 @@ CWNetworkRef SimWorld::networkOf(int station, int interfaceIndex, double t) cons
     d.wirelessProfile = s.stored;
     d.beaconInterval = s.ap.beaconInterval;
     d.countryCode = s.ap.countryCode;
+    d.operatingChannel = SimRadioFacts::operatingChannel(s.ap);
     return CWNetwork::create(std::move(d));
 }
 
@@ -184,8 +188,10 @@ void SimWorld::removeStation(const QString &bssid)
 void SimWorld::setChannel(const QString &bssid, int channel)
 {
     const int k = indexOf(bssid);
-    if (k >= 0)
+    if (k >= 0) {
         m_stations[k].ap.channel = channel;
+        m_stations[k].ap.band = SimScenario::bandOf(channel);
+    }
 }
 
 QString SimWorld::randomLocalBssid()

@@ -219,7 +219,7 @@ qint64 SimulatedBackend::noiseMeasurement(const QString &name) const
     const int station = linkedStation(k);
     if (station < 0)
         return 0;
-    return m_world.noise(SimScenario::bandOf(m_world.station(station).ap.channel), k, now());
+    return m_world.noise(m_world.station(station).ap.band, k, now());
 }
 
 double SimulatedBackend::transmitRate(const QString &name) const
@@ -230,8 +230,7 @@ double SimulatedBackend::transmitRate(const QString &name) const
         return 0.0;
     const SimScenario::AccessPoint &ap = m_world.station(station).ap;
     const double t = now();
-    const int snr =
-        m_world.signal(station, k, t) - m_world.noise(SimScenario::bandOf(ap.channel), k, t);
+    const int snr = m_world.signal(station, k, t) - m_world.noise(ap.band, k, t);
     return SimLinkRate::transmitRate(ap.phyModes, ap.vht, ap.width,
                                      m_interfaces.at(k).config.spatialStreams, snr);
 }
@@ -266,7 +265,7 @@ std::optional<CWChannel> SimulatedBackend::wlanChannel(const QString &name) cons
     const int station = linkedStation(k);
     if (station >= 0) {
         const SimScenario::AccessPoint &ap = m_world.station(station).ap;
-        return CWChannel(ap.channel, SimScenario::bandOf(ap.channel), ap.width);
+        return CWChannel(ap.channel, ap.band, ap.width);
     }
     const qint64 c = m_interfaces.at(k).channel;
     if (c == 0)

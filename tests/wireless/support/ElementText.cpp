@@ -106,6 +106,15 @@ QString summary(const BssElements &e)
                   vhtWidth(e.heOperation->sixGHz->width());
         out << he;
     }
+    if (e.ehtOperation) {
+        QString eht = QStringLiteral("ehtop");
+        if (const auto &info = e.ehtOperation->info)
+            eht += QStringLiteral("=%1/%2,%3")
+                       .arg(info->widthMHz())
+                       .arg(info->centerSegment0)
+                       .arg(info->centerSegment1);
+        out << eht;
+    }
     if (e.meshId)
         out << QStringLiteral("mesh=") + QString::fromLatin1(e.meshId->toHex());
     QString flags;
