@@ -207,6 +207,7 @@ void AppDelegate::cycleDidFinish()
     ui->wiFiMapView->update();
     ui->wiFiChannelView->update();
     ui->wiFiChannelView5->update();
+    ui->channelOccupancyView->update();
     updateInterfaceInfoTab();
     validateToolbar();
 }

@@ -2,6 +2,7 @@
 // Tabs, the segmented control, the View menu, toolbar and menu wiring, help, preferences.
 #include "app/AppDelegate.h"
 #include "app/SegmentedControl.h"
+#include "plot/ChannelOccupancyView.h"
 #include "plot/PlotView.h"
 #include "plot/WiFiChannelView.h"
 #include "plot/WiFiMapView.h"
@@ -40,6 +41,7 @@ void AppDelegate::setupViews()
     ui->wiFiMapView->setDelegate(this);
     ui->wiFiChannelView->setDelegate(this);
     ui->wiFiChannelView5->setDelegate(this);
+    ui->channelOccupancyView->setDelegate(this);
 
     for (QAction *action : ui->viewMenu->actions()) {
         const int tag = action->objectName().mid(int(qstrlen("viewAction"))).toInt();

@@ -222,9 +222,11 @@ void TestInterface::tabsSegmentsAndViewMenuStayInStep()
     auto *segments = h.find<SegmentedControl>("segmentedControl");
     auto *tabs = h.find<QTabWidget>("tabView");
     auto *menu = h.find<QMenu>("viewMenu");
-    QCOMPARE(segments->segmentCount(), 6);
+    QCOMPARE(segments->segmentCount(), 7);
     QCOMPARE(tabs->tabText(0), QStringLiteral("Interface Info"));
     QCOMPARE(tabs->tabText(5), QStringLiteral("Scan"));
+    QCOMPARE(tabs->tabText(6), QStringLiteral("Channels"));
+    QCOMPARE(menu->actions().at(6)->shortcut(), QKeySequence(QStringLiteral("Ctrl+7")));
     auto checkedTags = [menu] {
         QList<int> tags;
         for (QAction *a : menu->actions())

@@ -227,11 +227,12 @@ int main(int argc, char *argv[])
     settle();
 
     auto *segments = window->findChild<SegmentedControl *>(QStringLiteral("segmentedControl"));
-    const char *names[] = {"interface", "map", "signal", "channels-2.4", "channels-5", "scan"};
+    const char *names[] = {"interface",  "map",  "signal",  "channels-2.4",
+                           "channels-5", "scan", "channels"};
     for (QSize size : {QSize(1280, 800), QSize(1920, 1080)}) {
         window->resize(size);
         settle(300);
-        for (int tab = 0; tab < 6; ++tab) {
+        for (int tab = 0; tab < 7; ++tab) {
             segments->setSelectedSegment(tab);
             app.changeTabView(segments);
             clock.advance(1000);

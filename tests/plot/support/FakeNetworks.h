@@ -13,4 +13,8 @@ class FakeNetworks
 {
 public:
     static NetworkList make(int count, int samples, quint32 seed, const QDateTime &updated);
+    // `count` records made from scan results with real channel layouts, as the radios give
+    // them: 20 and 40 MHz on 2.4 GHz, 20 to 160 MHz and 80+80 on 5 GHz, 20 to 320 MHz on
+    // 6 GHz, signals from -90 to -30 dBm.
+    static NetworkList makeOnAir(int count, quint32 seed, const QDateTime &updated);
 };

@@ -1,0 +1,110 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The Channels tab's view: charts for the bands heard, hovering, and pictures of it at two
+// window sizes under the build folder (tests/screenshots/) to be looked at.
+#include "plot/ChannelOccupancyView.h"
+#include "plot/support/FakeNetworks.h"
+#include "plot/support/FakePlotDelegate.h"
+#include "util/Clock.h"
+
+#include <QDir>
+#include <QPainter>
+#include <QtTest>
+
+class TestChannelOccupancyView : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void chartsFollowTheBandsHeard();
+    void hoverHighlightsOneNetwork();
+    void pictures_data();
+    void pictures();
+};
+
+void TestChannelOccupancyView::chartsFollowTheBandsHeard()
+{
+    FakePlotDelegate delegate;
+    ChannelOccupancyView view;
+    view.setDelegate(&delegate);
+    view.resize(1000, 600);
+    view.relayout();
+    QCOMPARE(view.charts().size(), 2); // nothing heard: 2.4 and 5 GHz, empty
+    QVERIFY(view.charts().at(0).shapes.isEmpty());
+
+    const QDateTime now = Clock::now();
+    delegate.list = FakeNetworks::makeOnAir(60, 3, now);
+    // A record heard two minutes before the newest scan no longer counts.
+    const NetworkObjectRef old = FakeNetworks::makeOnAir(1, 9, now.addSecs(-120)).at(0);
+    old->setBssid(QStringLiteral("02:00:00:00:ff:ff"));
+    delegate.list.append(old);
+    view.relayout();
+    QCOMPARE(view.charts().size(), 3);
+    QCOMPARE(view.entries().size(), 60);
+    qsizetype shapes = 0;
+    for (const auto &chart : view.charts()) {
+        shapes += chart.shapes.size();
+        QVERIFY(!chart.recommendation.isEmpty());
+    }
+    QCOMPARE(shapes, 60);
+}
+
+void TestChannelOccupancyView::hoverHighlightsOneNetwork()
+{
+    FakePlotDelegate delegate;
+    delegate.list = FakeNetworks::makeOnAir(12, 5, Clock::now());
+    ChannelOccupancyView view;
+    view.setDelegate(&delegate);
+    view.resize(1200, 700);
+    view.relayout();
+    const auto &chart = view.charts().at(0);
+    QVERIFY(!chart.shapes.isEmpty());
+    // The last shape is drawn in front: a point just above its feet, in its middle, is its.
+    const auto &front = chart.shapes.last();
+    const QPolygonF &p = front.polygons.first();
+    view.hover(QPointF((p[0].x() + p[3].x()) / 2, p[0].y() - 1));
+    QCOMPARE(view.highlightedBssid(), view.entries().at(front.entry).network->bssid());
+    view.hover(QPointF(2, 2)); // over the title: nothing
+    QVERIFY(view.highlightedBssid().isEmpty());
+}
+
+void TestChannelOccupancyView::pictures_data()
+{
+    QTest::addColumn<QSize>("size");
+    QTest::newRow("occupancy-1280x800") << QSize(1280, 800);
+    QTest::newRow("occupancy-1920x1080") << QSize(1920, 1080);
+}
+
+void TestChannelOccupancyView::pictures()
+{
+    QFETCH(QSize, size);
+    FakePlotDelegate delegate;
+    delegate.list = FakeNetworks::makeOnAir(45, 11, Clock::now());
+    ChannelOccupancyView view;
+    view.setDelegate(&delegate);
+    view.resize(size);
+    view.relayout();
+    // With the pointer resting on the strongest 5 GHz network.
+    const auto &chart = view.charts().at(1);
+    QVERIFY(!chart.shapes.isEmpty());
+    const QPolygonF &p = chart.shapes.first().polygons.first();
+    view.hover(QPointF((p[1].x() + p[2].x()) / 2, p[1].y() + 4));
+    QVERIFY(!view.highlightedBssid().isEmpty());
+
+    QImage image(size, QImage::Format_ARGB32_Premultiplied);
+    QPainter painter(&image);
+    view.draw(painter);
+    painter.end();
+    const QString dir = QCoreApplication::applicationDirPath() + QStringLiteral("/screenshots");
+    QDir().mkpath(dir);
+    const QString path = QStringLiteral("%1/%2.png").arg(dir, QTest::currentDataTag());
+    QVERIFY2(image.save(path), qPrintable(path));
+    // Every network is drawn in its colour: the picture holds far more than a few colours.
+    QSet<QRgb> colours;
+    for (int y = 0; y < image.height(); y += 4)
+        for (int x = 0; x < image.width(); x += 4)
+            colours.insert(image.pixel(x, y));
+    QVERIFY2(colours.size() > 50, qPrintable(path));
+}
+
+QTEST_MAIN(TestChannelOccupancyView)
+#include "tst_channeloccupancyview.moc"
