@@ -148,6 +148,8 @@ QByteArray MetricsExposition::render(const SensorSource &source, const QDateTime
                       {"channel", QString::number(r->channel())},
                       {"band", f.band},
                       {"width", f.width},
+                      {"real_width", f.realWidth},
+                      {"center_mhz", f.centerMHz},
                       {"phy", r->phyMode()},
                       {"ibss", f.ibss}},
                      "1");

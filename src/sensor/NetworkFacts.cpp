@@ -19,7 +19,28 @@ NetworkFacts NetworkFacts::of(const NetworkObject &record)
     f.width = widthName(record.channelWidth());
     const CWNetworkRef network = record.cwNetwork();
     f.ibss = network && network->ibss() ? QStringLiteral("yes") : QStringLiteral("no");
+    const CWOperatingChannel channel = network ? network->operatingChannel() : CWOperatingChannel{};
+    f.realWidth = realWidthName(channel);
+    f.centerMHz = centerName(channel);
     return f;
+}
+
+QString NetworkFacts::realWidthName(const CWOperatingChannel &channel)
+{
+    if (!channel.isKnown())
+        return QStringLiteral("unknown");
+    return channel.isEightyPlusEighty() ? QStringLiteral("%1+%1MHz").arg(channel.widthMHz)
+                                        : QStringLiteral("%1MHz").arg(channel.widthMHz);
+}
+
+QString NetworkFacts::centerName(const CWOperatingChannel &channel)
+{
+    if (!channel.isKnown())
+        return QStringLiteral("unknown");
+    QString text = QString::number(channel.centerMHz[0]);
+    if (channel.isEightyPlusEighty())
+        text += u'+' + QString::number(channel.centerMHz[1]);
+    return text;
 }
 
 QString NetworkFacts::bandName(qint64 bandCode)

@@ -115,6 +115,30 @@ void writeColumnValues(JsonWriter &w, const NetworkObject &r, ColumnTexts &texts
         .endArray();
 }
 
+// Where the network really sits; null when its scan result does not tell.
+void writeOperatingChannel(JsonWriter &w, const CWOperatingChannel &c)
+{
+    if (!c.isKnown()) {
+        w.null();
+        return;
+    }
+    w.beginObject();
+    w.key("primaryChannel").value(c.primaryChannel);
+    w.key("band").value(NetworkFacts::bandName(c.band));
+    w.key("widthMHz").value(c.widthMHz);
+    w.key("width").value(NetworkFacts::realWidthName(c));
+    w.key("segments").beginArray();
+    for (int s = 0; s < c.segmentCount(); ++s) {
+        w.beginObject();
+        w.key("centerMHz").value(c.centerMHz[std::size_t(s)]);
+        w.key("lowMHz").value(c.lowMHz(s));
+        w.key("highMHz").value(c.highMHz(s));
+        w.endObject();
+    }
+    w.endArray();
+    w.endObject();
+}
+
 void writeNetwork(JsonWriter &w, const NetworkObject &r, bool listed, const QDateTime &now,
                   ColumnTexts &texts)
 {
@@ -158,6 +182,8 @@ void writeNetwork(JsonWriter &w, const NetworkObject &r, bool listed, const QDat
         w.key("noiseDbm").value(network->noiseMeasurement());
         w.key("snrDb").value(network->rssiValue() - network->noiseMeasurement());
         w.key("ssidHex").value(QString::fromLatin1(network->ssidData().toHex()));
+        w.key("operatingChannel");
+        writeOperatingChannel(w, network->operatingChannel());
     }
     w.endObject();
 }

@@ -24,13 +24,15 @@ QJsonObject parse(const QByteArray &body)
 TEST(SensorDocuments, NetworksCarryTheExportColumnsAndTheRawNumbers)
 {
     FixedSensorSource source;
-    NetworkObjectRef first = source.add(NetworkBuilder()
-                                            .bssid("00:00:00:00:00:01")
-                                            .ssid("<img src=x onerror=alert(1)>")
-                                            .rssi(-60)
-                                            .noise(-90)
-                                            .channel(149, kCWChannelBand5GHz, kCWChannelWidth40MHz),
-                                        kNow);
+    NetworkObjectRef first =
+        source.add(NetworkBuilder()
+                       .bssid("00:00:00:00:00:01")
+                       .ssid("<img src=x onerror=alert(1)>")
+                       .rssi(-60)
+                       .noise(-90)
+                       .channel(149, kCWChannelBand5GHz, kCWChannelWidth40MHz)
+                       .operatingChannel(36, kCWChannelBand5GHz, 80, 5210, 5775),
+                   kNow);
     first->setComment(QStringLiteral("by the \"door\""));
     source.add(NetworkBuilder().bssid("00:00:00:00:00:02").hidden(), kNow);
     // The search let through only the second; an index past the end is ignored.
@@ -53,6 +55,16 @@ TEST(SensorDocuments, NetworksCarryTheExportColumnsAndTheRawNumbers)
     EXPECT_EQ(a.value("snrDb").toInteger(), 30);
     EXPECT_EQ(a.value("bandCode").toInteger(), kCWChannelBand5GHz);
     EXPECT_EQ(a.value("widthCode").toInteger(), kCWChannelWidth40MHz);
+    const QJsonObject real = a.value("operatingChannel").toObject();
+    EXPECT_EQ(real.value("primaryChannel").toInteger(), 36);
+    EXPECT_EQ(real.value("band").toString(), "5GHz");
+    EXPECT_EQ(real.value("widthMHz").toInteger(), 80);
+    EXPECT_EQ(real.value("width").toString(), "80+80MHz");
+    const QJsonArray segments = real.value("segments").toArray();
+    ASSERT_EQ(segments.size(), 2);
+    EXPECT_EQ(segments.at(0).toObject().value("centerMHz").toInteger(), 5210);
+    EXPECT_EQ(segments.at(0).toObject().value("lowMHz").toInteger(), 5170);
+    EXPECT_EQ(segments.at(1).toObject().value("highMHz").toInteger(), 5815);
     EXPECT_EQ(a.value("lastSeen").toString(), "2023-11-14T22:13:20.000Z");
     const QJsonArray columns = a.value("columns").toArray();
     ASSERT_EQ(columns.size(), 22);
@@ -86,6 +98,7 @@ TEST(SensorDocuments, NetworksCarryTheExportColumnsAndTheRawNumbers)
     EXPECT_TRUE(b.value("name").isNull());
     EXPECT_TRUE(b.value("columns").toArray().at(0).isNull());
     EXPECT_TRUE(b.value("comment").isNull());
+    EXPECT_TRUE(b.value("operatingChannel").isNull()); // the scan result did not tell
 }
 
 TEST(SensorDocuments, HistoryKeepsGapsAndRefusesMalformedBssids)

@@ -51,6 +51,7 @@ TEST(MetricsExposition, ShowsRecentNetworksOnceEachWithEscapedTexts)
                    .rssi(-48)
                    .noise(-91)
                    .channel(149, kCWChannelBand5GHz, kCWChannelWidth80MHz)
+                   .operatingChannel(149, kCWChannelBand5GHz, 80, 5775)
                    .securities({kCWSecurityWPA2Personal}),
                kNow.addSecs(-2));
     // Bytes that are no UTF-8 arrive as replacement characters, and the network stays.
@@ -77,13 +78,15 @@ TEST(MetricsExposition, ShowsRecentNetworksOnceEachWithEscapedTexts)
         "corvane_network_last_seen_timestamp_seconds{bssid=\"00:00:00:00:00:01\"} 1699999998",
         "corvane_network_info{bssid=\"00:00:00:00:00:01\",ssid=\"say \\\"hi\\\"\\\\\\n<script>\","
         "security=\"WPA2 Personal\",channel=\"149\",band=\"5GHz\",width=\"80MHz\","
-        "phy=\"802.11g/n\",ibss=\"no\"} 1",
+        "real_width=\"80MHz\",center_mhz=\"5775\",phy=\"802.11g/n\",ibss=\"no\"} 1",
         "corvane_network_info{bssid=\"00:00:00:00:00:02\",ssid=\"\xEF\xBF\xBD\xEF\xBF\xBD"
         "A\","
-        "security=\"open\",channel=\"6\",band=\"2.4GHz\",width=\"20MHz\",phy=\"802.11g/n\","
+        "security=\"open\",channel=\"6\",band=\"2.4GHz\",width=\"20MHz\","
+        "real_width=\"unknown\",center_mhz=\"unknown\",phy=\"802.11g/n\","
         "ibss=\"no\"} 1",
         "corvane_network_info{bssid=\"00:00:00:00:00:03\",ssid=\"\",security=\"open\","
-        "channel=\"6\",band=\"2.4GHz\",width=\"20MHz\",phy=\"802.11g/n\",ibss=\"no\"} 1",
+        "channel=\"6\",band=\"2.4GHz\",width=\"20MHz\",real_width=\"unknown\","
+        "center_mhz=\"unknown\",phy=\"802.11g/n\",ibss=\"no\"} 1",
         "# TYPE corvane_scans_total counter",
         "corvane_scans_total 12",
         "corvane_scan_errors_total 3",

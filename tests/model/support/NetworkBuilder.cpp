@@ -50,6 +50,14 @@ NetworkBuilder &NetworkBuilder::channel(qint64 number, int band, int width)
     return *this;
 }
 
+NetworkBuilder &NetworkBuilder::operatingChannel(int primary, int band, int widthMHz, int centerMHz,
+                                                 int secondCenterMHz)
+{
+    m_data.operatingChannel =
+        CWOperatingChannel{primary, band, widthMHz, {centerMHz, secondCenterMHz}};
+    return *this;
+}
+
 NetworkBuilder &NetworkBuilder::phyModes(std::initializer_list<int> modes)
 {
     m_data.phyModes = 0;

@@ -17,6 +17,9 @@ public:
     NetworkBuilder &rssi(qint64 dbm);
     NetworkBuilder &noise(qint64 dbm);
     NetworkBuilder &channel(qint64 number, int band, int width);
+    // The real layout: segment width and centres in MHz (a second centre for 80+80).
+    NetworkBuilder &operatingChannel(int primary, int band, int widthMHz, int centerMHz,
+                                     int secondCenterMHz = 0);
     NetworkBuilder &phyModes(std::initializer_list<int> modes);
     NetworkBuilder &securities(std::initializer_list<int> codes);
     NetworkBuilder &ibss(bool on);
