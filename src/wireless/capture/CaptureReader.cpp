@@ -9,6 +9,8 @@
 
 #include <pcap/pcap.h>
 
+#include <algorithm>
+
 CaptureReader::~CaptureReader()
 {
     if (m_handle)
@@ -40,6 +42,20 @@ std::unique_ptr<CaptureReader> CaptureReader::open(const QString &path, QString 
     return std::unique_ptr<CaptureReader>(new CaptureReader(handle, linkType));
 }
 
+namespace {
+
+// A time stamp is whatever the file says. Absurd ones (a damaged or hostile file) are held
+// to about 73,000 years either side of 1970, where the replay's window arithmetic on
+// microseconds cannot overflow, and microseconds past a whole second are cut to it.
+qint64 timeStampUs(qint64 seconds, qint64 micros)
+{
+    constexpr qint64 kLimitSeconds = (qint64(1) << 61) / 1000000;
+    return std::clamp(seconds, -kLimitSeconds, kLimitSeconds) * 1000000 +
+           std::clamp<qint64>(micros, 0, 999999);
+}
+
+} // namespace
+
 bool CaptureReader::next(Frame *frame)
 {
     if (!m_handle)
@@ -67,7 +83,7 @@ bool CaptureReader::next(Frame *frame)
         if (!mgmt)
             continue;
         ++m_frames;
-        frame->timeUs = qint64(header->ts.tv_sec) * 1000000 + header->ts.tv_usec;
+        frame->timeUs = timeStampUs(header->ts.tv_sec, header->ts.tv_usec);
         frame->probeResponse = mgmt->subtype == ManagementFrame::kProbeResponse;
         frame->observation = BssObservation{mgmt->bssid,
                                             mgmt->capability,
