@@ -222,45 +222,34 @@ void SurveyEngine::release()
         --m_holds;
 }
 
+AlertPresenter::Dismissed SurveyEngine::holdUntilDismissed()
+{
+    hold();
+    return [self = QPointer<SurveyEngine>(this)] {
+        if (self)
+            self->release();
+    };
+}
+
 void SurveyEngine::showCriticalAlert(const QString &title, const QString &message,
                                      const QString &button)
 {
-    hold();
-    QPointer<SurveyEngine> self(this);
-    m_alerts->runCriticalAlert(title, message, button, [self] {
-        if (self)
-            self->release();
-    });
+    m_alerts->runCriticalAlert(title, message, button, holdUntilDismissed());
 }
 
 void SurveyEngine::showAlert(const QString &message, const QString &informativeText,
                              const QString &button)
 {
-    hold();
-    QPointer<SurveyEngine> self(this);
-    m_alerts->runAlert(message, informativeText, button, [self] {
-        if (self)
-            self->release();
-    });
+    m_alerts->runAlert(message, informativeText, button, holdUntilDismissed());
 }
 
 void SurveyEngine::showError(const CWError &error)
 {
-    hold();
-    QPointer<SurveyEngine> self(this);
-    m_alerts->presentError(error, [self] {
-        if (self)
-            self->release();
-    });
+    m_alerts->presentError(error, holdUntilDismissed());
 }
 
 void SurveyEngine::showTitledAlert(const QString &title, const QString &message,
                                    const QString &button)
 {
-    hold();
-    QPointer<SurveyEngine> self(this);
-    m_alerts->runTitledAlert(title, message, button, [self] {
-        if (self)
-            self->release();
-    });
+    m_alerts->runTitledAlert(title, message, button, holdUntilDismissed());
 }

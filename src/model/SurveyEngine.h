@@ -85,6 +85,8 @@ Q_SIGNALS:
 
 private:
     CWInterface &iface() const;
+    // Holds the ticks; the returned callback releases them once the alert is dismissed.
+    std::function<void()> holdUntilDismissed();
     void mergeScan();
     void reloadAfterMerge();
 
