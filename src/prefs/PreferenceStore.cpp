@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "prefs/PreferenceStore.h"
 
+#include "prefs/SettingsFileCheck.h"
+
+#include <QDebug>
 #include <QSettings>
 
 #include <limits>
@@ -40,8 +43,16 @@ PreferenceStore::PreferenceStore(QSettings *settings)
     if (settings) {
         m_settings = settings;
     } else {
-        m_owned =
-            std::make_unique<QSettings>(QStringLiteral("Corvane"), QStringLiteral("Wi-Fi Monitor"));
+        const auto open = [] {
+            return std::make_unique<QSettings>(QStringLiteral("Corvane"),
+                                               QStringLiteral("Wi-Fi Monitor"));
+        };
+        // Reading a damaged file could take the program down before it says anything, so
+        // it is checked before QSettings decodes a value (opening it only finds its name).
+        const QString path = open()->fileName();
+        for (const QString &message : SettingsFileCheck::repair(path))
+            qWarning().noquote() << message;
+        m_owned = open();
         m_settings = m_owned.get();
     }
 }

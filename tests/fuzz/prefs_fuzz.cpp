@@ -2,6 +2,7 @@
 // Fuzz target for stored preferences: the input is the settings file itself, as a user or
 // another program may have left it, read through every question the program asks of it.
 #include "prefs/PreferenceStore.h"
+#include "prefs/SettingsFileCheck.h"
 
 #include <QDir>
 #include <QSettings>
@@ -39,6 +40,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
             return 0;
         file.write(reinterpret_cast<const char *>(data), qint64(size));
     }
+    // As the program does: whatever the check leaves must read without harm.
+    (void)SettingsFileCheck::repair(path);
     {
         QSettings settings(path, QSettings::IniFormat);
         // What the store writes back (defaults, a comment) need not survive a crash here.
@@ -46,5 +49,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
         askEverything(settings);
     }
     QFile::remove(path);
+    QFile::remove(path + QStringLiteral(".damaged"));
     return 0;
 }
