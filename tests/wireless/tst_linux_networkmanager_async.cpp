@@ -15,16 +15,17 @@
 
 #include <algorithm>
 
-class TestLinuxNetworkManagerAsync : public QObject
+class TestLinuxNetworkManagerAsync : public MockDaemonsTest
 {
     Q_OBJECT
 
-private Q_SLOTS:
-    void initTestCase();
-    void cleanupTestCase() { m.stopBus(); }
-    void init();
-    void cleanup();
+public:
+    TestLinuxNetworkManagerAsync()
+    {
+        connect(&ticker, &QTimer::timeout, this, [this] { ++ticks; });
+    }
 
+private Q_SLOTS:
     void lateAnswers_data();
     void lateAnswers();
     void oneJoinAtATime();
@@ -34,30 +35,15 @@ private Q_SLOTS:
     void authorizationAnsweredLate();
 
 private:
-    MockDaemons m;
+    // Stands for the window's clock: it must keep ticking while an action is out.
+    int ticks = 0;
+    QTimer ticker;
+    void startTicking()
+    {
+        ticks = 0;
+        ticker.start(20);
+    }
 };
-
-void TestLinuxNetworkManagerAsync::initTestCase()
-{
-    const QString missing = m.missing();
-    // CI installs them: there a missing daemon is a failure, not a reason to skip.
-    if (!missing.isEmpty() && qgetenv("CI") == "true")
-        QFAIL(qPrintable(missing));
-    if (!missing.isEmpty())
-        QSKIP(qPrintable(missing));
-    QVERIFY(m.startBus());
-}
-
-void TestLinuxNetworkManagerAsync::init()
-{
-    QVERIFY(m.startDaemons(this));
-}
-
-void TestLinuxNetworkManagerAsync::cleanup()
-{
-    const QString twice = m.stopDaemons();
-    QVERIFY2(twice.isEmpty(), qPrintable(twice));
-}
 
 void TestLinuxNetworkManagerAsync::lateAnswers_data()
 {
@@ -88,31 +74,21 @@ void TestLinuxNetworkManagerAsync::lateAnswers()
     QFETCH(QList<uint>, outcome);
     QFETCH(QString, expectedError);
 
-    if (action == u"saved") {
-        NmSettings saved;
-        saved[QStringLiteral("connection")] = {{QStringLiteral("id"), QStringLiteral("Home")}};
-        saved[QStringLiteral("802-11-wireless")] = {{QStringLiteral("ssid"), QByteArray("home")}};
-        m.mockCall(QStringLiteral("AddSavedConnection"),
-                   {QVariant::fromValue(saved), QVariant::fromValue(NmSettings())});
-    }
+    if (action == u"saved")
+        m.addSaved(QStringLiteral("Home"), "home");
     m.connector->setActivationTimeout(5000);
     m.mockCall(QStringLiteral("SetOutcome"), {outcome[0], outcome[1], outcome[2], outcome[3]});
     m.mockCall(QStringLiteral("SetReplyDelay"), {replyDelay});
 
-    // Stands for the window's clock: it must keep ticking while the join is out.
-    int ticks = 0;
-    QTimer ticker;
-    connect(&ticker, &QTimer::timeout, [&] { ++ticks; });
-    ticker.start(20);
-    const auto net = MockDaemons::network(action == u"saved" ? "home" : "late", 1, 0);
+    startTicking();
+    const auto net = MockDaemons::network(action == u"saved" ? "home" : "late");
     QElapsedTimer clock;
     clock.start();
     const auto answer = m.start([&](auto done) {
         if (action == u"adhoc")
-            m.connector->enableIBSS(QStringLiteral("wlan0"),
-                                    {{kCWIBSSKeySSID, QStringLiteral("late")}}, {}, done);
+            m.connector->enableIBSS(m.kIf, {{kCWIBSSKeySSID, QStringLiteral("late")}}, {}, done);
         else
-            m.connector->associate(QStringLiteral("wlan0"), *net, {}, done);
+            m.connector->associate(m.kIf, *net, {}, done);
     });
     // Nothing was run in between: no answer, no tick before the call returned.
     QCOMPARE(answer->count, 0);
@@ -125,21 +101,18 @@ void TestLinuxNetworkManagerAsync::lateAnswers()
     QVERIFY2(ticks >= 10, qPrintable(QStringLiteral("%1 ticks in %2 ms").arg(ticks).arg(waited)));
     QTest::qWait(300); // later signals of the same activation change nothing
     QCOMPARE(answer->count, 1);
-    QVERIFY(!m.connector->isJoining(QStringLiteral("wlan0")));
+    QVERIFY(!m.connector->isJoining(m.kIf));
 }
 
 void TestLinuxNetworkManagerAsync::oneJoinAtATime()
 {
     m.mockCall(QStringLiteral("SetOutcome"), {2u, 1u, 0u, 600u});
-    const auto a = MockDaemons::network("first", 1, 0);
-    const auto b = MockDaemons::network("second", 1, 0);
-    const auto first =
-        m.start([&](auto done) { m.connector->associate(QStringLiteral("wlan0"), *a, {}, done); });
-    const auto second =
-        m.start([&](auto done) { m.connector->associate(QStringLiteral("wlan0"), *b, {}, done); });
-    const auto adhoc = m.start([&](auto done) {
-        m.connector->enableIBSS(QStringLiteral("wlan0"), {}, QStringLiteral("host"), done);
-    });
+    const auto a = MockDaemons::network("first");
+    const auto b = MockDaemons::network("second");
+    const auto first = m.start([&](auto done) { m.connector->associate(m.kIf, *a, {}, done); });
+    const auto second = m.start([&](auto done) { m.connector->associate(m.kIf, *b, {}, done); });
+    const auto adhoc = m.start(
+        [&](auto done) { m.connector->enableIBSS(m.kIf, {}, QStringLiteral("host"), done); });
     for (const auto &refused : {second, adhoc}) {
         QCOMPARE(refused->count, 1);
         QCOMPARE(refused->error.localizedDescription(),
@@ -151,10 +124,7 @@ void TestLinuxNetworkManagerAsync::oneJoinAtATime()
     QVERIFY(first->error.isNull());
     QCOMPARE(m.counter(QStringLiteral("addandactivate")), 1);
     // Once it is over, the next one goes ahead.
-    QCOMPARE(m.run([&](auto done) {
-                  m.connector->associate(QStringLiteral("wlan0"), *b, {}, done);
-              }).localizedDescription(),
-             QString());
+    QCOMPARE(m.join(b), QString());
     QCOMPARE(m.counter(QStringLiteral("addandactivate")), 2);
 }
 
@@ -171,9 +141,8 @@ void TestLinuxNetworkManagerAsync::daemonVanishesMidJoin()
     m.connector->setActivationTimeout(20000);
     m.mockCall(QStringLiteral("SetOutcome"), {0u, 0u, 0u, 0u}); // never answers
     m.mockCall(QStringLiteral("SetReplyDelay"), {replyDelay});
-    const auto net = MockDaemons::network("gone", 1, 0);
-    const auto answer = m.start(
-        [&](auto done) { m.connector->associate(QStringLiteral("wlan0"), *net, {}, done); });
+    const auto net = MockDaemons::network("gone");
+    const auto answer = m.start([&](auto done) { m.connector->associate(m.kIf, *net, {}, done); });
     QTest::qWait(300);
     QCOMPARE(answer->count, 0);
     m.stopNetworkManager();
@@ -182,7 +151,7 @@ void TestLinuxNetworkManagerAsync::daemonVanishesMidJoin()
     QCOMPARE(answer->error.code(), int(kCWErrorServiceUnavailable));
     QTest::qWait(200);
     QCOMPARE(answer->count, 1);
-    QVERIFY(!m.connector->isJoining(QStringLiteral("wlan0")));
+    QVERIFY(!m.connector->isJoining(m.kIf));
 }
 
 void TestLinuxNetworkManagerAsync::authorizationAnsweredLate_data()
@@ -213,10 +182,7 @@ void TestLinuxNetworkManagerAsync::authorizationAnsweredLate()
     QVERIFY(m.polkitCall(QStringLiteral("SimulateHang"), {true}));
     const auto backend = m.makeBackend();
     backend->setAuthorizationPromptTimeout(1000);
-    int ticks = 0;
-    QTimer ticker;
-    connect(&ticker, &QTimer::timeout, [&] { ++ticks; });
-    ticker.start(20);
+    startTicking();
     // Two callers ask while the prompt is up; both get the one answer.
     QList<std::shared_ptr<MockDaemons::Answer>> answers;
     for (int i = 0; i < 2; ++i)
@@ -248,5 +214,5 @@ void TestLinuxNetworkManagerAsync::authorizationAnsweredLate()
         QCOMPARE(answer->count, 1);
 }
 
-QTEST_GUILESS_MAIN(TestLinuxNetworkManagerAsync)
+CORVANE_MOCK_DAEMONS_MAIN(TestLinuxNetworkManagerAsync)
 #include "tst_linux_networkmanager_async.moc"
