@@ -18,6 +18,15 @@ const QDateTime kStart(QDate(2024, 5, 1), QTime(12, 0, 0), Qt::UTC);
 const QString kIf = QStringLiteral("wlp2s0");
 const QString kHome5 = QStringLiteral("a4:2b:b0:5e:12:02");
 
+CWNetworkRef find(const QList<CWNetworkRef> &list, const QString &bssid)
+{
+    for (const auto &n : list) {
+        if (n->bssid() == bssid)
+            return n;
+    }
+    return nullptr;
+}
+
 class SimulatedRadio : public ::testing::Test
 {
 protected:
@@ -46,18 +55,21 @@ protected:
         EXPECT_TRUE(error.isNull()) << qPrintable(error.localizedDescription());
         return list;
     }
-    static CWNetworkRef find(const QList<CWNetworkRef> &list, const QString &bssid)
+    // Every station as a scan would report it, even those too faint to be in one.
+    QList<CWNetworkRef> all() const
     {
-        for (const auto &n : list) {
-            if (n->bssid() == bssid)
-                return n;
-        }
-        return nullptr;
+        QList<CWNetworkRef> list;
+        for (int k = 0; k < sim->world().stationCount(); ++k)
+            list << sim->world().networkOf(k, 0, sim->elapsedSeconds());
+        return list;
     }
-    // The network as a scan would report it, even when it is too faint to be in one.
-    CWNetworkRef network(const QString &bssid)
+    QString bssidOf(const QString &ssid) const
     {
-        return sim->world().networkOf(sim->world().indexOf(bssid), 0, sim->elapsedSeconds());
+        for (const auto &n : all()) {
+            if (n->ssid() == ssid)
+                return n->bssid();
+        }
+        return {};
     }
 
     ManualClock clock{kStart};
@@ -66,56 +78,34 @@ protected:
     QStringList lastKeys;
 };
 
-QList<CWNetworkRef> allStations(const SimulatedBackend &sim)
-{
-    QList<CWNetworkRef> list;
-    for (int k = 0; k < sim.world().stationCount(); ++k)
-        list << sim.world().networkOf(k, 0, 0.0);
-    return list;
-}
-
-QString ssidOf(const SimulatedBackend &sim, const QString &name)
-{
-    for (const auto &n : allStations(sim)) {
-        if (n->ssid() == name)
-            return n->bssid();
-    }
-    return {};
-}
-
 } // namespace
 
 TEST_F(SimulatedRadio, DefaultScenarioCoversTheBoundary)
 {
-    const QList<CWNetworkRef> all = allStations(*sim);
-    EXPECT_GE(all.size(), 28);
-    EXPECT_LE(all.size(), 36);
-
+    const QList<CWNetworkRef> list = all();
+    EXPECT_GE(list.size(), 28);
+    EXPECT_LE(list.size(), 36);
     // Every security code of the boundary, each with the securityMode that belongs to it.
     const std::map<int, int> modeOf = {{0, 0}, {1, 1}, {2, 2}, {3, 3}, {4, 3},
                                        {6, 4}, {7, 5}, {8, 6}, {9, 6}};
     for (const auto &[code, mode] : modeOf) {
         bool seen = false;
-        for (const auto &n : all) {
-            if (n->supportsSecurity(code)) {
-                seen = true;
-                const bool mixed = n->supportsSecurity(kCWSecurityWPAPersonalMixed) ||
-                                   n->supportsSecurity(kCWSecurityWPAEnterpriseMixed);
-                if (!mixed || code == 3 || code == 8) {
-                    EXPECT_EQ(n->securityMode(), mode) << code << qPrintable(n->bssid());
-                }
+        for (const auto &n : list) {
+            const bool mixed = n->supportsSecurity(kCWSecurityWPAPersonalMixed) ||
+                               n->supportsSecurity(kCWSecurityWPAEnterpriseMixed);
+            if (n->supportsSecurity(code) && (!mixed || code == 3 || code == 8)) {
+                EXPECT_EQ(n->securityMode(), mode) << code << qPrintable(n->bssid());
             }
+            seen = seen || n->supportsSecurity(code);
         }
         EXPECT_TRUE(seen) << "security code " << code;
     }
-
     std::set<qint64> channels;
     std::set<QString> names;
-    int hidden = 0, adHoc = 0, wide40 = 0, vht80 = 0, sharedNames = 0, nonAscii = 0;
     std::set<unsigned> phySets;
-    for (const auto &n : all) {
+    int hidden = 0, adHoc = 0, wide40 = 0, vht80 = 0, sharedNames = 0, nonAscii = 0;
+    for (const auto &n : list) {
         EXPECT_EQ(n->bssid(), n->bssid().toLower());
-        EXPECT_EQ(n->bssid().size(), 17);
         const CWChannel c = n->wlanChannel();
         channels.insert(c.channelNumber());
         // 6 GHz channel numbers overlap both other bands; only the scenario can tell.
@@ -126,8 +116,7 @@ TEST_F(SimulatedRadio, DefaultScenarioCoversTheBoundary)
         hidden += !n->ssid().has_value();
         adHoc += n->ibss();
         wide40 += c.channelWidth() == kCWChannelWidth40MHz;
-        vht80 += c.channelWidth() == kCWChannelWidth80MHz && n->supportsPHYMode(kCWPHYMode11a) &&
-                 n->supportsPHYMode(kCWPHYMode11n);
+        vht80 += c.channelWidth() == kCWChannelWidth80MHz && n->supportsPHYMode(kCWPHYMode11a);
         phySets.insert(n->data().phyModes);
         if (n->ssid()) {
             sharedNames += !names.insert(*n->ssid()).second;
@@ -136,14 +125,12 @@ TEST_F(SimulatedRadio, DefaultScenarioCoversTheBoundary)
     }
     EXPECT_EQ(hidden, 1);
     EXPECT_EQ(adHoc, 1);
-    EXPECT_GE(wide40, 2);
-    EXPECT_GE(vht80, 2);
+    EXPECT_GE(std::min({wide40, vht80, nonAscii}), 2);
     EXPECT_GE(sharedNames, 1);
-    EXPECT_GE(nonAscii, 2);
     EXPECT_GE(phySets.size(), 5u); // a, b, b/g, b/g/n, a/n at least
     for (qint64 c : {1, 3, 6, 9, 11, 13, 36, 52, 100, 149, 165})
         EXPECT_TRUE(channels.count(c)) << "channel " << c;
-    EXPECT_TRUE(sim->interfaceNames().size() >= 1 && sim->interfaceNames().first() == kIf);
+    EXPECT_EQ(sim->interfaceNames().value(0), kIf);
     EXPECT_EQ(sim->allUser8021XProfiles().size(), 2);
 }
 
@@ -154,18 +141,13 @@ TEST_F(SimulatedRadio, InterfaceStartsJoinedAndFollowsItsNetwork)
     EXPECT_EQ(sim->ssid(kIf), QStringLiteral("Flat 12 Home"));
     EXPECT_EQ(sim->bssid(kIf), kHome5);
     EXPECT_EQ(sim->interfaceState(kIf), kCWInterfaceStateRunning);
-    EXPECT_EQ(sim->opMode(kIf), kCWOpModeStation);
-    EXPECT_FALSE(sim->serviceActive(kIf));
     EXPECT_EQ(sim->countryCode(kIf), QStringLiteral("DE"));
     EXPECT_EQ(sim->transmitPower(kIf), 31);
     EXPECT_EQ(sim->security(kIf), kCWSecurityWPA2Personal);
     EXPECT_EQ(sim->wlanChannel(kIf), CWChannel(36, kCWChannelBand5GHz, kCWChannelWidth80MHz));
     const QList<qint64> channels = sim->supportedChannels(kIf);
-    QList<qint64> sorted = channels;
-    std::sort(sorted.begin(), sorted.end());
-    EXPECT_NE(channels, sorted); // the platform's order, not sorted
+    EXPECT_FALSE(std::is_sorted(channels.begin(), channels.end())); // the platform's order
     EXPECT_TRUE(channels.contains(1) && channels.contains(165));
-
     const CWNetworkRef home = find(scan(), kHome5);
     ASSERT_TRUE(home);
     EXPECT_EQ(sim->rssiValue(kIf), home->rssiValue());
@@ -174,40 +156,18 @@ TEST_F(SimulatedRadio, InterfaceStartsJoinedAndFollowsItsNetwork)
     EXPECT_LE(sim->transmitRate(kIf), 866.7);
 }
 
-TEST_F(SimulatedRadio, RepeatableWithTheSameSeed)
+TEST_F(SimulatedRadio, RepeatableSmoothAndInRange)
 {
     auto twin = SimulatedBackend::createDefault(42);
     auto other = SimulatedBackend::createDefault(7);
     bool differs = false;
-    for (double t = 0.0; t < 120.0; t += 7.5) {
-        at(t);
-        const auto a = scan(), b = twin->scanForNetworks(kIf, {}, nullptr),
-                   c = other->scanForNetworks(kIf, {}, nullptr);
-        ASSERT_EQ(a.size(), b.size());
-        for (qsizetype k = 0; k < a.size(); ++k) {
-            EXPECT_EQ(a[k]->bssid(), b[k]->bssid());
-            EXPECT_EQ(a[k]->rssiValue(), b[k]->rssiValue());
-            EXPECT_EQ(a[k]->noiseMeasurement(), b[k]->noiseMeasurement());
-            const auto o = find(c, a[k]->bssid());
-            differs = differs || !o || o->rssiValue() != a[k]->rssiValue();
-        }
-        EXPECT_EQ(sim->rssiValue(kIf), twin->rssiValue(kIf));
-        EXPECT_EQ(sim->transmitRate(kIf), twin->transmitRate(kIf));
-    }
-    EXPECT_TRUE(differs);
-    // Asking twice at one moment gives the same answer: nothing depends on call order.
-    at(33.3);
-    EXPECT_EQ(sim->rssiValue(kIf), sim->rssiValue(kIf));
-}
-
-TEST_F(SimulatedRadio, SignalStaysInRangeAndMovesSmoothly)
-{
     std::map<QString, qint64> previous;
     std::map<QString, std::set<qint64>> values;
     for (int s = 0; s <= 600; ++s) {
         at(s);
+        const auto a = scan();
         std::map<QString, qint64> now;
-        for (const auto &n : scan()) {
+        for (const auto &n : a) {
             EXPECT_GE(n->rssiValue(), -95); // the hearing threshold
             EXPECT_LE(n->rssiValue(), -20);
             EXPECT_GE(n->noiseMeasurement(), -100);
@@ -220,113 +180,106 @@ TEST_F(SimulatedRadio, SignalStaysInRangeAndMovesSmoothly)
             }
         }
         previous = now;
+        if (s % 15 != 0)
+            continue;
+        // The same seed gives the same air; another seed another one.
+        const auto b = twin->scanForNetworks(kIf, {}, nullptr);
+        const auto c = other->scanForNetworks(kIf, {}, nullptr);
+        ASSERT_EQ(a.size(), b.size());
+        for (qsizetype k = 0; k < a.size(); ++k) {
+            EXPECT_EQ(a[k]->bssid(), b[k]->bssid());
+            EXPECT_EQ(a[k]->rssiValue(), b[k]->rssiValue());
+            EXPECT_EQ(a[k]->noiseMeasurement(), b[k]->noiseMeasurement());
+            const auto o = find(c, a[k]->bssid());
+            differs = differs || !o || o->rssiValue() != a[k]->rssiValue();
+        }
+        EXPECT_EQ(sim->rssiValue(kIf), twin->rssiValue(kIf));
+        EXPECT_EQ(sim->transmitRate(kIf), twin->transmitRate(kIf));
     }
+    EXPECT_TRUE(differs);
     for (const auto &[bssid, seen] : values)
         EXPECT_GE(seen.size(), 3u) << qPrintable(bssid); // it does move
 }
 
 TEST_F(SimulatedRadio, HiddenHotspotVanishingAndFarNetworks)
 {
-    const QString hotspot = ssidOf(*sim, QStringLiteral("Jonas’s Phone"));
-    const QString leaving = ssidOf(*sim, QStringLiteral("Umzug 2B"));
-    const QString bakery = ssidOf(*sim, QStringLiteral("Bäckerei Sonnenschein"));
-    ASSERT_FALSE(hotspot.isEmpty());
-    ASSERT_FALSE(leaving.isEmpty());
-    int hotspotOn = 0, hotspotOff = 0, bakeryOn = 0, bakeryOff = 0, hiddenSeen = 0;
-    for (int s = 0; s <= 900; s += 5) {
+    const QString hotspot = bssidOf(QStringLiteral("Jonas’s Phone"));
+    const QString leaving = bssidOf(QStringLiteral("Umzug 2B"));
+    const QString bakery = bssidOf(QStringLiteral("Bäckerei Sonnenschein"));
+    ASSERT_FALSE(hotspot.isEmpty() || leaving.isEmpty() || bakery.isEmpty());
+    int hotspotOn = 0, bakeryOn = 0, hiddenSeen = 0, scans = 0;
+    for (int s = 0; s <= 900; s += 5, ++scans) {
         at(s);
         const auto list = scan();
-        const bool scheduled = std::fmod(s + 30.0, 150.0) < 90.0;
-        if (find(list, hotspot))
-            ++hotspotOn;
-        else
-            ++hotspotOff;
-        if (!scheduled) {
-            EXPECT_FALSE(find(list, hotspot)) << "hotspot heard while off at " << s;
+        const bool heard = find(list, hotspot) != nullptr;
+        hotspotOn += heard;
+        if (heard) {
+            EXPECT_LT(std::fmod(s + 30.0, 150.0), 90.0) << "hotspot heard while off at " << s;
         }
-        if (s >= 300) {
-            EXPECT_FALSE(find(list, leaving)) << "gone for good at " << s;
-        } else if (s < 60) {
-            EXPECT_TRUE(find(list, leaving)) << s;
+        if (s >= 300 || s < 60) {
+            EXPECT_EQ(find(list, leaving) != nullptr, s < 60) << s;
         }
-        (find(list, bakery) ? bakeryOn : bakeryOff)++;
+        bakeryOn += find(list, bakery) != nullptr;
         for (const auto &n : list) {
+            hiddenSeen += !n->ssid();
             if (!n->ssid()) {
-                ++hiddenSeen;
                 EXPECT_TRUE(n->ssidData().isEmpty());
             }
         }
     }
     EXPECT_GT(hotspotOn, 20);
-    EXPECT_GT(hotspotOff, 20);
+    EXPECT_GT(scans - hotspotOn, 20);
     EXPECT_GT(bakeryOn, 0);
-    EXPECT_GT(bakeryOff, 0);
+    EXPECT_LT(bakeryOn, scans);
     EXPECT_GT(hiddenSeen, 0);
 }
 
-TEST_F(SimulatedRadio, PowerOffAndOn)
+TEST_F(SimulatedRadio, PowerChannelAndDisassociate)
 {
     CWError error;
     ASSERT_TRUE(sim->setPower(kIf, false, &error));
     EXPECT_TRUE(error.isNull());
     EXPECT_EQ(changes, QStringList{kIf});
     EXPECT_EQ(lastKeys.first(), QStringLiteral("State:/Network/Interface/wlp2s0/AirPort"));
-    EXPECT_FALSE(sim->powerOn(kIf));
-    EXPECT_FALSE(sim->ssid(kIf));
-    EXPECT_FALSE(sim->bssid(kIf));
-    EXPECT_EQ(sim->rssiValue(kIf), 0);
-    EXPECT_EQ(sim->noiseMeasurement(kIf), 0);
+    EXPECT_FALSE(sim->powerOn(kIf) || sim->ssid(kIf) || sim->bssid(kIf));
+    EXPECT_EQ(sim->rssiValue(kIf) + sim->noiseMeasurement(kIf) + sim->transmitPower(kIf), 0);
     EXPECT_EQ(sim->transmitRate(kIf), 0.0);
-    EXPECT_EQ(sim->transmitPower(kIf), 0);
     EXPECT_NE(sim->interfaceState(kIf), kCWInterfaceStateRunning);
     EXPECT_TRUE(sim->scanForNetworks(kIf, {}, &error).isEmpty());
     EXPECT_EQ(error.localizedDescription(), QStringLiteral("The Wi-Fi radio is switched off"));
     EXPECT_FALSE(sim->setChannel(kIf, 6, &error));
-    EXPECT_FALSE(error.isNull());
-
     ASSERT_TRUE(sim->setPower(kIf, true, &error));
     EXPECT_EQ(changes.size(), 2);
     EXPECT_EQ(sim->bssid(kIf), kHome5); // a known network is joined again
     EXPECT_FALSE(scan().isEmpty());
-}
 
-TEST_F(SimulatedRadio, ChannelChanges)
-{
     const struct
     {
-        const char *what;
         bool serviceActive;
         quint64 channel;
         bool ok;
-    } rows[] = {
-        {"service active", true, 6, false}, {"not supported", false, 14, false},
-        {"zero", false, 0, false},          {"negative widened", false, quint64(qint64(-1)), false},
-        {"supported", false, 6, true},
-    };
+    } rows[] = {{true, 6, false},
+                {false, 14, false},
+                {false, 0, false},
+                {false, quint64(qint64(-1)), false},
+                {false, 6, true}};
     for (const auto &row : rows) {
         sim->setServiceActive(kIf, row.serviceActive);
         EXPECT_EQ(sim->serviceActive(kIf), row.serviceActive);
-        CWError error;
-        EXPECT_EQ(sim->setChannel(kIf, row.channel, &error), row.ok) << row.what;
-        EXPECT_EQ(error.isNull(), row.ok) << row.what;
-        if (!row.ok) {
-            EXPECT_EQ(sim->wlanChannel(kIf)->channelNumber(), 36) << row.what;
-        }
+        error.clear();
+        EXPECT_EQ(sim->setChannel(kIf, row.channel, &error), row.ok) << row.channel;
+        EXPECT_EQ(error.isNull(), row.ok) << row.channel;
+        EXPECT_EQ(sim->wlanChannel(kIf)->channelNumber(), row.ok ? 6 : 36) << row.channel;
     }
     // Leaving the joined network's channel leaves the network.
-    EXPECT_EQ(sim->wlanChannel(kIf)->channelNumber(), 6);
     EXPECT_FALSE(sim->bssid(kIf));
-    EXPECT_EQ(changes.size(), 1);
-}
-
-TEST_F(SimulatedRadio, DisassociateDropsTheLink)
-{
+    EXPECT_EQ(changes.size(), 3);
+    ASSERT_TRUE(sim->setChannel(kIf, 36, &error));
+    ASSERT_TRUE(sim->associateToNetwork(kIf, find(all(), kHome5), {}, &error));
     sim->disassociate(kIf);
     EXPECT_NE(sim->interfaceState(kIf), kCWInterfaceStateRunning);
-    EXPECT_FALSE(sim->bssid(kIf));
-    EXPECT_FALSE(sim->ssid(kIf));
+    EXPECT_FALSE(sim->bssid(kIf) || sim->ssid(kIf));
     EXPECT_EQ(sim->opMode(kIf), kCWOpModeStation);
-    EXPECT_EQ(changes.size(), 1);
     at(60.0);
     EXPECT_FALSE(sim->bssid(kIf)); // no automatic return after leaving on purpose
 }
@@ -339,6 +292,9 @@ TEST_F(SimulatedRadio, AssociationChecksCredentials)
         p->setPassword(QString::fromUtf8(password));
         return QVariant::fromValue(p);
     };
+    auto key = [](const QVariant &v) { return QVariantMap{{kCWAssocKeyPassphrase, v}}; };
+    auto eap = [](const QVariant &v) { return QVariantMap{{kCWAssocKey8021XProfile, v}}; };
+    const char *praxis = "Praxis Dr. Özdemir";
     const struct
     {
         const char *ssid;
@@ -347,35 +303,28 @@ TEST_F(SimulatedRadio, AssociationChecksCredentials)
     } rows[] = {
         {"Café Olé Gäste", {}, ""},
         {"Müller WLAN", {}, "A passphrase is required to join \"Müller WLAN\""},
-        {"Müller WLAN",
-         {{kCWAssocKeyPassphrase, QStringLiteral("sonnenblume77")}},
-         "The passphrase was rejected"},
-        {"Müller WLAN", {{kCWAssocKeyPassphrase, QStringLiteral("Sonnenblume77")}}, ""},
-        {"Müller WLAN", {{kCWAssocKeyPassphrase, 77}}, "The passphrase parameter is not a text"},
+        {"Müller WLAN", key(QStringLiteral("sonnenblume77")), "The passphrase was rejected"},
+        {"Müller WLAN", key(QStringLiteral("Sonnenblume77")), ""},
+        {"Müller WLAN", key(77), "The passphrase parameter is not a text"},
         {"Oma's Netz", {}, "The passphrase was rejected"}, // its stored key is outdated
-        {"Oma's Netz", {{kCWAssocKeyPassphrase, QStringLiteral("kekse")}}, ""},
+        {"Oma's Netz", key(QStringLiteral("kekse")), ""},
         {"Flat 12 Home", {}, ""}, // the stored passphrase
         {"Kanzlei Berg", {}, ""}, // the stored 802.1X profile
-        {"Praxis Dr. Özdemir",
-         {},
-         "A user name and password are required to join \"Praxis Dr. Özdemir\""},
-        {"Praxis Dr. Özdemir",
-         {{kCWAssocKey8021XProfile, profile("empfang", "zahnbürste!")}},
+        {praxis, {}, "A user name and password are required to join \"Praxis Dr. Özdemir\""},
+        {praxis, eap(profile("empfang", "zahnbürste!")),
          "The 802.1X user name or password was rejected"},
-        {"Praxis Dr. Özdemir", {{kCWAssocKey8021XProfile, profile("empfang", "Zahnbürste!")}}, ""},
-        {"Praxis Dr. Özdemir",
-         {{kCWAssocKey8021XProfile, QStringLiteral("empfang")}},
-         "The 802.1X profile parameter holds no profile"},
-        {"Praxis Dr. Özdemir",
-         {{kCWAssocKey8021XProfile, QVariant::fromValue(CW8021XProfileRef())}},
+        {praxis, eap(profile("empfang", "Zahnbürste!")), ""},
+        {praxis, eap(QStringLiteral("empfang")), "The 802.1X profile parameter holds no profile"},
+        {praxis, eap(QVariant::fromValue(CW8021XProfileRef())),
          "The 802.1X profile parameter holds no profile"},
     };
     for (const auto &row : rows) {
-        const QString bssid = ssidOf(*sim, QString::fromUtf8(row.ssid));
+        const QString bssid = bssidOf(QString::fromUtf8(row.ssid));
         ASSERT_FALSE(bssid.isEmpty()) << row.ssid;
         sim->disassociate(kIf);
         CWError error;
-        const bool ok = sim->associateToNetwork(kIf, network(bssid), row.parameters, &error);
+        const CWNetworkRef target = find(all(), bssid);
+        const bool ok = sim->associateToNetwork(kIf, target, row.parameters, &error);
         EXPECT_EQ(sim->lastAssociationParameters(), row.parameters);
         EXPECT_EQ(error.localizedDescription(), QString::fromUtf8(row.error)) << row.ssid;
         EXPECT_EQ(ok, !*row.error) << row.ssid;
@@ -383,17 +332,15 @@ TEST_F(SimulatedRadio, AssociationChecksCredentials)
         if (ok) {
             EXPECT_EQ(sim->interfaceState(kIf), kCWInterfaceStateRunning);
             EXPECT_EQ(sim->wlanChannel(kIf)->channelNumber(),
-                      network(bssid)->wlanChannel().channelNumber());
+                      target->wlanChannel().channelNumber());
         }
     }
-
     // A hidden network joined by its BSSID: the interface knows its name.
     at(10.0);
-    const QString cam = QStringLiteral("60:38:e0:1a:c5:72");
-    ASSERT_TRUE(sim->associateToNetwork(
-        kIf, network(cam), {{kCWAssocKeyPassphrase, QStringLiteral("kamera-geheim")}}, nullptr));
+    const CWNetworkRef cam = find(all(), QStringLiteral("60:38:e0:1a:c5:72"));
+    ASSERT_TRUE(cam && !cam->ssid());
+    ASSERT_TRUE(sim->associateToNetwork(kIf, cam, key(QStringLiteral("kamera-geheim")), nullptr));
     EXPECT_EQ(sim->ssid(kIf), QStringLiteral("cam-treppenhaus"));
-    EXPECT_FALSE(network(cam)->ssid());
 }
 
 TEST_F(SimulatedRadio, AdHocNetworkAppearsInLaterScans)
@@ -401,31 +348,26 @@ TEST_F(SimulatedRadio, AdHocNetworkAppearsInLaterScans)
     CWError error;
     EXPECT_FALSE(sim->enableIBSS(kIf, {{kCWIBSSKeyChannel, 14}}, &error));
     EXPECT_FALSE(error.isNull());
+    error.clear();
     EXPECT_FALSE(sim->enableIBSS(kIf, {{kCWIBSSKeyPassphrase, QStringLiteral("abc")}}, &error));
     EXPECT_FALSE(error.isNull());
 
     const QVariantMap parameters = {{kCWIBSSKeySSID, QStringLiteral("Spielwiese")}};
     ASSERT_TRUE(sim->enableIBSS(kIf, parameters, &error));
-    EXPECT_TRUE(error.isNull());
     EXPECT_EQ(sim->lastIBSSParameters(), parameters);
     const QString own = sim->ownIBSSBssid(kIf);
-    bool ok = false;
-    const int first = own.left(2).toInt(&ok, 16);
-    ASSERT_TRUE(ok);
-    EXPECT_EQ(first & 3, 2); // locally administered unicast
+    EXPECT_EQ(own.left(2).toInt(nullptr, 16) & 3, 2); // locally administered unicast
     EXPECT_EQ(sim->opMode(kIf), kCWOpModeIBSS);
     EXPECT_EQ(sim->ssid(kIf), QStringLiteral("Spielwiese"));
     EXPECT_EQ(sim->bssid(kIf), own);
     EXPECT_EQ(sim->wlanChannel(kIf)->channelNumber(), 11);
     EXPECT_EQ(sim->interfaceState(kIf), kCWInterfaceStateRunning);
-
     at(5.0);
     const CWNetworkRef heard = find(scan(), own);
     ASSERT_TRUE(heard);
     EXPECT_TRUE(heard->ibss());
     EXPECT_EQ(heard->ssid(), QStringLiteral("Spielwiese"));
     EXPECT_TRUE(find(scan(QStringLiteral("wlx00c0ca3e5f01")), own)); // the desk stick hears it too
-
     sim->disassociate(kIf);
     EXPECT_FALSE(find(scan(), own));
     EXPECT_EQ(sim->opMode(kIf), kCWOpModeStation);
@@ -439,7 +381,7 @@ TEST_F(SimulatedRadio, AdHocNetworkAppearsInLaterScans)
     EXPECT_FALSE(secured->supportsSecurity(kCWSecurityNone));
 }
 
-TEST(SimulatedBackendFaults, ScanErrorsEmptyScansAndRefusedAuthorization)
+TEST(SimulatedBackendFaults, ScanErrorsEmptyScansRefusedAuthorizationAndLostLinks)
 {
     ManualClock clock(kStart);
     Clock::setInstance(&clock);
@@ -454,8 +396,7 @@ TEST(SimulatedBackendFaults, ScanErrorsEmptyScansAndRefusedAuthorization)
     const QString name = CWInterface::supportedInterfaces().value(0);
     EXPECT_EQ(name, kIf);
     // 1 full, 2 empty, 3 error, 4 empty, 5 full, 6 error (an error wins over empty).
-    const int expected[] = {1, 0, -1, 0, 1, -1};
-    for (int want : expected) {
+    for (int want : {1, 0, -1, 0, 1, -1}) {
         CWError error;
         const auto list = sim->scanForNetworks(name, {{kCWScanKeyMerge, true}}, &error);
         EXPECT_EQ(error.isNull(), want >= 0);
@@ -463,7 +404,6 @@ TEST(SimulatedBackendFaults, ScanErrorsEmptyScansAndRefusedAuthorization)
     }
     EXPECT_EQ(sim->scanCount(), 6);
     EXPECT_EQ(sim->lastScanParameters().value(kCWScanKeyMerge), true);
-
     auto auth = SFAuthorization::authorization();
     CWError error;
     EXPECT_FALSE(auth->obtainWithRight(QStringLiteral("system.preferences"), 19, &error));
@@ -472,19 +412,22 @@ TEST(SimulatedBackendFaults, ScanErrorsEmptyScansAndRefusedAuthorization)
     EXPECT_TRUE(auth->obtainWithRight(QStringLiteral("system.preferences"), 19, &error));
     EXPECT_TRUE(error.isNull());
     EXPECT_EQ(sim->authorizationCount(), 2);
+    // Without a backend every interface answers zero, false or none, and refuses.
     WirelessBackend::setCurrent(nullptr);
-    Clock::setInstance(nullptr);
-}
+    EXPECT_TRUE(CWInterface::supportedInterfaces().isEmpty());
+    EXPECT_EQ(CWInterface::interfaceWithName(name), nullptr);
+    EXPECT_FALSE(CWInterface::null().powerOn() || CWInterface::null().ssid());
+    CWInterface handle(nullptr, name);
+    EXPECT_FALSE(handle.setPower(true, &error));
+    EXPECT_TRUE(handle.scanForNetworksWithParameters({}, &error).isEmpty());
+    EXPECT_FALSE(error.localizedDescription().isEmpty());
 
-TEST(SimulatedBackendFaults, LinkLostWhenTheNetworkVanishes)
-{
-    ManualClock clock(kStart);
-    Clock::setInstance(&clock);
-    auto sim = SimulatedBackend::fromJson(R"({
+    // The link is lost when the joined network vanishes.
+    sim = SimulatedBackend::fromJson(R"({
         "interfaces": [{"name": "wlan0", "associatedTo": "02:00:00:00:00:01"}],
         "accessPoints": [{"ssid": "brief", "bssid": "02:00:00:00:00:01", "channel": 6,
                           "position": [2, 0], "vanishesAt": 10}]})",
-                                          1, nullptr);
+                                     1, nullptr);
     ASSERT_TRUE(sim);
     int changes = 0;
     QObject::connect(sim.get(), &WirelessBackend::linkChanged, [&] { ++changes; });
