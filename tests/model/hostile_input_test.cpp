@@ -21,15 +21,13 @@ void exerciseTexts(NetworkObject &rec)
     EXPECT_TRUE(line.endsWith(QLatin1Char('\n')));
     EXPECT_GE(line.count(QLatin1Char('\t')), 21);
     const QString row = rec.htmlRowString();
-    EXPECT_TRUE(row.startsWith(QStringLiteral("<tr><td>")));
-    EXPECT_TRUE(row.endsWith(QStringLiteral("</td></tr>")));
+    EXPECT_TRUE(row.startsWith(QStringLiteral("<tr><td>")) &&
+                row.endsWith(QStringLiteral("</td></tr>")));
     EXPECT_GE(row.count(QStringLiteral("<td>")), 22);
-    if (rec.name()) {
-        EXPECT_TRUE(rec.name()->isValidUtf16());
-    }
-    for (const QString &text : {rec.signalQualityString(), rec.signalString(), rec.noiseString(),
-                                rec.snrString(), rec.channelBandString(), rec.channelWidthString(),
-                                rec.lastSeen(), rec.ibss(), rec.phyMode()}) {
+    for (const QString &text :
+         {rec.name().value_or(QString()), rec.signalQualityString(), rec.signalString(),
+          rec.noiseString(), rec.snrString(), rec.channelBandString(), rec.channelWidthString(),
+          rec.lastSeen(), rec.ibss(), rec.phyMode()}) {
         EXPECT_TRUE(text.isValidUtf16());
     }
     (void)rec.signalLevel();

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The merge sort must be a correct stable sort for proper orderings and stay memory-safe
 // (checked under the sanitizers) for comparisons that are not orderings at all.
-#include "model/NetworkList.h"
-#include "support/NetworkBuilder.h"
 #include "util/SafeSort.h"
 
 #include <gtest/gtest.h>
@@ -53,11 +51,10 @@ TEST(SafeStableSort, MatchesStableSortForProperOrderings)
             auto expected = items;
             std::stable_sort(expected.begin(), expected.end(), byKey);
             safeStableSort(items.begin(), items.end(), byKey);
-            ASSERT_TRUE(samePermutation(items, expected));
-            for (std::size_t i = 0; i < items.size(); ++i) {
-                ASSERT_EQ(items[i].key, expected[i].key) << n;
-                ASSERT_EQ(items[i].order, expected[i].order) << n;
-            }
+            for (std::size_t i = 0; i < items.size(); ++i)
+                ASSERT_EQ(std::pair(items[i].key, items[i].order),
+                          std::pair(expected[i].key, expected[i].order))
+                    << n;
             // Sorted input (every later display sort) and reversed input.
             auto again = items;
             safeStableSort(again.begin(), again.end(), byKey);
@@ -111,45 +108,4 @@ TEST(SafeStableSort, MoveOnlyElementsEachSurviveOnce)
         seen.insert(v.get());
     }
     EXPECT_EQ(seen.size(), values.size());
-}
-
-TEST(NetworkListSort, ThousandsOfRecordsWithHiddenNamesSortedManyTimes)
-{
-    std::mt19937 gen(5);
-    const QDateTime t(QDate(2024, 5, 1), QTime(12, 0), Qt::UTC);
-    NetworkList list;
-    std::set<const NetworkObject *> all;
-    for (int i = 0; i < 3000; ++i) {
-        NetworkBuilder b;
-        b.bssid(QStringLiteral("02:00:00:00:%1").arg(i, 5, 16, QLatin1Char('0')));
-        if (gen() % 3 == 0)
-            b.hidden();
-        else
-            b.ssid(QByteArray::number(int(gen() % 400)));
-        list.append(NetworkObject::objectWithCWNetwork(b, t));
-        all.insert(list.at(i).get());
-    }
-    for (int round = 0; round < 40; ++round) {
-        const QString current = list.at(qsizetype(gen() % 3000))->bssid();
-        list.sortForDisplay(round % 5 == 0 ? std::optional<QString>() : std::optional(current));
-        ASSERT_EQ(list.count(), 3000);
-        std::set<const NetworkObject *> after;
-        for (const NetworkObjectRef &r : list)
-            after.insert(r.get());
-        ASSERT_EQ(after, all);
-        if (round % 5 != 0) {
-            ASSERT_EQ(list.at(0)->bssid(), current);
-        }
-        ASSERT_EQ(list.networkWithBssid(current)->bssid(), current);
-    }
-
-    // Without hidden names the order is a real one and comes out fully sorted.
-    NetworkList named;
-    for (const NetworkObjectRef &r : list) {
-        if (r->name())
-            named.append(r);
-    }
-    named.sortForDisplay(std::nullopt);
-    for (qsizetype i = 1; i < named.count(); ++i)
-        ASSERT_LE(QString::compare(*named.at(i - 1)->name(), *named.at(i)->name()), 0);
 }
