@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <limits>
 
 namespace {
@@ -23,7 +24,6 @@ TEST(MetricsExposition, EscapesLabelValues)
         {QStringLiteral("say \"hi\""), "say \\\"hi\\\""},
         {QStringLiteral("two\nlines"), "two\\nlines"},
         {QStringLiteral("tab\tand\rcr"), "tab\tand\rcr"},
-        {QStringLiteral("<script>alert(1)</script>"), "<script>alert(1)</script>"},
         {QString::fromUtf8("caf\xC3\xA9 \xF0\x9F\x93\xB6"), "caf\xC3\xA9 \xF0\x9F\x93\xB6"},
         {QStringLiteral("\\\"\n"), "\\\\\\\"\\n"},
     };
@@ -34,12 +34,14 @@ TEST(MetricsExposition, EscapesLabelValues)
 
 TEST(MetricsExposition, FormatsValues)
 {
-    EXPECT_EQ(MetricsExposition::formatValue(-61), "-61");
-    EXPECT_EQ(MetricsExposition::formatValue(0.25), "0.25");
-    EXPECT_EQ(MetricsExposition::formatValue(1700000000.5), "1700000000.5");
-    EXPECT_EQ(MetricsExposition::formatValue(std::numeric_limits<double>::quiet_NaN()), "NaN");
-    EXPECT_EQ(MetricsExposition::formatValue(std::numeric_limits<double>::infinity()), "+Inf");
-    EXPECT_EQ(MetricsExposition::formatValue(-std::numeric_limits<double>::infinity()), "-Inf");
+    constexpr double inf = std::numeric_limits<double>::infinity();
+    const std::pair<double, const char *> rows[] = {{-61, "-61"},
+                                                    {1700000000.5, "1700000000.5"},
+                                                    {std::nan(""), "NaN"},
+                                                    {inf, "+Inf"},
+                                                    {-inf, "-Inf"}};
+    for (const auto &[value, text] : rows)
+        EXPECT_EQ(MetricsExposition::formatValue(value), text);
 }
 
 TEST(MetricsExposition, ShowsRecentNetworksOnceEachWithEscapedTexts)

@@ -47,7 +47,7 @@ TEST(Beacons, RealCapturesMatchTheReferenceDecoding)
         EXPECT_EQ(reader->badPackets(), 0) << file.toStdString();
     }
 
-    int checked = 0;
+    int checked = 0, wide = 0;
     QHash<QString, int> rowsPerFile;
     for (const ReferenceRows::Row &row : expected) {
         const QString file = row["file"];
@@ -105,60 +105,32 @@ TEST(Beacons, RealCapturesMatchTheReferenceDecoding)
         EXPECT_EQ(d.wlanChannel.channelNumber(), ReferenceRows::expectedChannel(row));
         ReferenceRows::checkBoundary(row, d);
         ++checked;
-    }
-    // Every network of every capture has its reference row.
-    for (const QString &file : files)
-        EXPECT_EQ(rowsPerFile.value(file), int(frames[file].size())) << file.toStdString();
-    EXPECT_EQ(checked, int(expected.size()));
-}
 
-// The real width decoded from each captured network against the reference's reading of its
-// HT and VHT Operation elements; a 40 MHz pair sits 10 MHz above or below the HT primary.
-TEST(Beacons, RealWidthsMatchTheReferenceDecoding)
-{
-    const std::vector<ReferenceRows::Row> expected = ReferenceRows::read();
-    ASSERT_FALSE(expected.empty());
-    QHash<QString, std::vector<CaptureReader::Frame>> frames;
-    int wide = 0;
-    for (const ReferenceRows::Row &row : expected) {
-        const QString file = row["file"];
-        SCOPED_TRACE((file + u'#' + row["frame"]).toStdString());
-        if (!frames.contains(file)) {
-            QString error;
-            auto reader = CaptureReader::open(ReferenceRows::dataDir() + u'/' + file, &error);
-            ASSERT_TRUE(reader) << error.toStdString();
-            CaptureReader::Frame f;
-            while (reader->next(&f))
-                frames[file].push_back(f);
-        }
-        const std::size_t index = std::size_t(row["frame"].toInt() - 1);
-        ASSERT_LT(index, frames[file].size());
-        const CaptureReader::Frame &f = frames[file][index];
+        // The real width against the reference's reading of the HT and VHT Operation
+        // elements; a 40 MHz pair sits 10 MHz above or below the HT primary.
         const CWOperatingChannel c =
-            BssNetworkMapper::operatingChannel(f.elements, f.observation.frequencyMHz);
+            BssNetworkMapper::operatingChannel(e, f.observation.frequencyMHz);
         const QString vht = row["vht_width"];
-        const bool ht40 = row["ht_40mhz"] == QLatin1String("1");
-        int width = 20;
-        if (vht == QLatin1String("80") || vht == QLatin1String("80+80"))
-            width = 80;
-        else if (vht == QLatin1String("160"))
-            width = 160;
-        else if (ht40)
-            width = 40;
+        const int width = vht == u"80" || vht == u"80+80" ? 80
+                          : vht == u"160"                 ? 160
+                          : row["ht_40mhz"] == u"1"       ? 40
+                                                          : 20;
         EXPECT_EQ(c.widthMHz, width);
-        EXPECT_EQ(c.isEightyPlusEighty(), vht == QLatin1String("80+80"));
+        EXPECT_EQ(c.isEightyPlusEighty(), vht == u"80+80");
         EXPECT_EQ(c.primaryChannel, ReferenceRows::expectedChannel(row));
         EXPECT_TRUE(c.coversPrimary());
+        const int htPrimary =
+            FrequencyPlan::frequencyForChannel(row["ht_primary_channel"].toInt(), c.band);
         if (width == 40) {
-            const int band = c.band;
-            const int htPrimary =
-                FrequencyPlan::frequencyForChannel(row["ht_primary_channel"].toInt(), band);
-            EXPECT_EQ(c.centerMHz[0],
-                      htPrimary + (row["ht_sec_offset"] == QLatin1String("1") ? 10 : -10));
+            EXPECT_EQ(c.centerMHz[0], htPrimary + (row["ht_sec_offset"] == u"1" ? 10 : -10));
         } else if (width == 20) {
             EXPECT_EQ(c.centerMHz[0], c.primaryMHz());
         }
         wide += width > 20 ? 1 : 0;
     }
+    // Every network of every capture has its reference row.
+    for (const QString &file : files)
+        EXPECT_EQ(rowsPerFile.value(file), int(frames[file].size())) << file.toStdString();
+    EXPECT_EQ(checked, int(expected.size()));
     EXPECT_GE(wide, 9); // the captures hold nine networks wider than 20 MHz
 }

@@ -215,15 +215,17 @@ TEST(LinuxSysfs, RfkillLinkAndWirelessPresence)
 {
     QTemporaryDir root;
     ASSERT_TRUE(root.isValid());
-    const QString net = root.filePath(QStringLiteral("class/net"));
-    writeFile(net + QStringLiteral("/eth0/flags"), "0x1003\n");
-    writeFile(net + QStringLiteral("/wlan0/flags"), "0x1002\n"); // down
-    writeFile(net + QStringLiteral("/wlan0/phy80211/rfkill1/soft"), "1\n");
-    writeFile(net + QStringLiteral("/wlan0/phy80211/rfkill1/hard"), "0\n");
-    writeFile(net + QStringLiteral("/wlan1/flags"), "0x1003\n");
-    writeFile(net + QStringLiteral("/wlan1/phy80211/rfkill2/soft"), "0\n");
-    writeFile(net + QStringLiteral("/wlan1/phy80211/rfkill2/hard"), "0\n");
-
+    // wlan0 is down and soft-blocked; wlan1 is up.
+    const std::pair<const char *, QByteArray> files[] = {
+        {"net/eth0/flags", "0x1003\n"},
+        {"net/wlan0/flags", "0x1002\n"},
+        {"net/wlan0/phy80211/rfkill1/soft", "1\n"},
+        {"net/wlan0/phy80211/rfkill1/hard", "0\n"},
+        {"net/wlan1/flags", "0x1003\n"},
+        {"net/wlan1/phy80211/rfkill2/soft", "0\n"},
+        {"net/wlan1/phy80211/rfkill2/hard", "0\n"}};
+    for (const auto &[path, contents] : files)
+        writeFile(root.filePath(QStringLiteral("class/") + QLatin1String(path)), contents);
     SysfsReader sysfs(root.path());
     EXPECT_TRUE(sysfs.hasWirelessInterface());
     EXPECT_FALSE(sysfs.linkUp(QStringLiteral("wlan0")));
@@ -235,14 +237,12 @@ TEST(LinuxSysfs, RfkillLinkAndWirelessPresence)
     EXPECT_FALSE(sysfs.rfkill(QStringLiteral("wlan1")).softBlocked);
 
     // A laptop's Wi-Fi key: a platform switch of type wlan, not tied to a phy.
-    const QString rfkill = root.filePath(QStringLiteral("class/rfkill"));
-    writeFile(rfkill + QStringLiteral("/rfkill0/type"), "wlan\n");
-    writeFile(rfkill + QStringLiteral("/rfkill0/name"), "platform-wifi\n");
-    writeFile(rfkill + QStringLiteral("/rfkill0/soft"), "0\n");
-    writeFile(rfkill + QStringLiteral("/rfkill0/hard"), "1\n");
-    writeFile(rfkill + QStringLiteral("/rfkill2/type"), "wlan\n");
-    writeFile(rfkill + QStringLiteral("/rfkill2/name"), "phy1\n");
-    writeFile(rfkill + QStringLiteral("/rfkill2/hard"), "0\n");
+    const std::pair<const char *, QByteArray> switches[] = {
+        {"rfkill0/type", "wlan\n"}, {"rfkill0/name", "platform-wifi\n"}, {"rfkill0/soft", "0\n"},
+        {"rfkill0/hard", "1\n"},    {"rfkill2/type", "wlan\n"},          {"rfkill2/name", "phy1\n"},
+        {"rfkill2/hard", "0\n"}};
+    for (const auto &[path, contents] : switches)
+        writeFile(root.filePath(QStringLiteral("class/rfkill/") + QLatin1String(path)), contents);
     EXPECT_TRUE(sysfs.rfkill(QStringLiteral("wlan1")).hardBlocked);
 
     QTemporaryDir wired;

@@ -14,7 +14,14 @@ public:
     SensorStatistics statistics() const override { return stats; }
 
     // Adds a record made from `network` heard at `time`, listed by the search.
-    NetworkObjectRef add(const CWNetworkRef &network, const QDateTime &time);
+    NetworkObjectRef add(const CWNetworkRef &network, const QDateTime &time)
+    {
+        NetworkObjectRef record = NetworkObject::objectWithCWNetwork(network, time);
+        record->setColor(QColor(10, 20, 30));
+        filtered.append(static_cast<quint64>(list.count()));
+        list.append(record);
+        return record;
+    }
 
     NetworkList list;
     QList<quint64> filtered;
