@@ -2,8 +2,9 @@
 // One working cycle of the controller (scan, merge, sort, filter, table reload, plot data,
 // interface tab) with many records, the views hidden.
 #include "app/AppDelegate.h"
-#include "util/StreamAlertPresenter.h"
 #include "prefs/PreferenceStore.h"
+#include "support/FakeBackend.h"
+#include "util/StreamAlertPresenter.h"
 #include "wireless/WirelessBackend.h"
 
 #include <QApplication>
@@ -13,53 +14,31 @@
 #include <benchmark/benchmark.h>
 
 namespace {
-// Hears `total` networks; each scan reports the next 200 of them in turn.
-class RotatingBackend final : public WirelessBackend
+// `total` networks; each scan after the first (which hears them all) reports the next 200
+// of them in turn.
+std::shared_ptr<FakeBackend> rotatingBackend(int total)
 {
-public:
-    explicit RotatingBackend(int total)
-    {
-        for (int i = 0; i < total; ++i) {
-            CWNetwork::Data d;
-            d.ssidData = QStringLiteral("Network %1").arg(i * 7919 % total).toUtf8();
-            d.bssid = QStringLiteral("02:00:00:%1:%2:%3")
-                          .arg((i >> 16) & 0xff, 2, 16, QLatin1Char('0'))
-                          .arg((i >> 8) & 0xff, 2, 16, QLatin1Char('0'))
-                          .arg(i & 0xff, 2, 16, QLatin1Char('0'));
-            d.rssiValue = -40 - i % 50;
-            d.noiseMeasurement = -92;
-            d.wlanChannel = CWChannel(1 + i % 11, kCWChannelBand2GHz, kCWChannelWidth20MHz);
-            d.phyModes = (1u << kCWPHYMode11g) | (1u << kCWPHYMode11n);
-            d.securities = 1u << kCWSecurityWPA2Personal;
-            all.append(CWNetwork::create(d));
-        }
+    QList<CWNetworkRef> all;
+    for (int i = 0; i < total; ++i) {
+        CWNetwork::Data d;
+        d.ssidData = QStringLiteral("Network %1").arg(i * 7919 % total).toUtf8();
+        d.bssid = QStringLiteral("02:00:00:%1:%2:%3")
+                      .arg((i >> 16) & 0xff, 2, 16, QLatin1Char('0'))
+                      .arg((i >> 8) & 0xff, 2, 16, QLatin1Char('0'))
+                      .arg(i & 0xff, 2, 16, QLatin1Char('0'));
+        d.rssiValue = -40 - i % 50;
+        d.noiseMeasurement = -92;
+        d.wlanChannel = CWChannel(1 + i % 11, kCWChannelBand2GHz, kCWChannelWidth20MHz);
+        d.phyModes = (1u << kCWPHYMode11g) | (1u << kCWPHYMode11n);
+        d.securities = 1u << kCWSecurityWPA2Personal;
+        all.append(CWNetwork::create(d));
     }
-    QString backendName() const override { return QStringLiteral("bench"); }
-    QStringList interfaceNames() const override { return {QStringLiteral("wlan0")}; }
-    bool powerOn(const QString &) const override { return true; }
-    std::optional<QString> ssid(const QString &) const override { return *all.at(0)->ssid(); }
-    std::optional<QString> bssid(const QString &) const override { return all.at(0)->bssid(); }
-    qint64 security(const QString &) const override { return 4; }
-    qint64 rssiValue(const QString &) const override { return -50; }
-    qint64 noiseMeasurement(const QString &) const override { return -92; }
-    double transmitRate(const QString &) const override { return 300; }
-    qint64 transmitPower(const QString &) const override { return 20; }
-    std::optional<QString> countryCode(const QString &) const override
-    {
-        return QStringLiteral("DE");
-    }
-    QList<qint64> supportedChannels(const QString &) const override { return {1, 6, 11, 36, 40}; }
-    std::optional<CWChannel> wlanChannel(const QString &) const override
-    {
-        return CWChannel(1, 1, 1);
-    }
-    std::optional<int> interfaceState(const QString &) const override { return 4; }
-    std::optional<int> opMode(const QString &) const override { return 0; }
-    bool serviceActive(const QString &) const override { return false; }
-    QList<CWNetworkRef> scanForNetworks(const QString &, const QVariantMap &, CWError *) override
-    {
-        if (everything) {
-            everything = false;
+    auto backend = std::make_shared<FakeBackend>();
+    backend->currentSsid = *all.at(0)->ssid();
+    backend->currentBssid = all.at(0)->bssid();
+    backend->scanner = [all, next = -1](CWError *) mutable {
+        if (next < 0) {
+            next = 0;
             return all;
         }
         QList<CWNetworkRef> scan;
@@ -67,21 +46,9 @@ public:
             scan.append(all.at((next + k) % all.size()));
         next = (next + 200) % all.size();
         return scan;
-    }
-    bool setPower(const QString &, bool, CWError *) override { return true; }
-    bool setChannel(const QString &, quint64, CWError *) override { return true; }
-    void disassociate(const QString &) override {}
-    bool associateToNetwork(const QString &, const CWNetworkRef &, const QVariantMap &,
-                            CWError *) override
-    {
-        return true;
-    }
-    bool enableIBSS(const QString &, const QVariantMap &, CWError *) override { return true; }
-
-    QList<CWNetworkRef> all;
-    bool everything = true;
-    int next = 0;
-};
+    };
+    return backend;
+}
 
 QApplication &application()
 {
@@ -99,7 +66,7 @@ void BM_UpdateCycle(benchmark::State &state)
     application();
     QTemporaryDir settings;
     QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, settings.path());
-    auto backend = std::make_shared<RotatingBackend>(int(state.range(0)));
+    auto backend = rotatingBackend(int(state.range(0)));
     WirelessBackend::setCurrent(backend);
     PreferenceStore preferences;
     StreamAlertPresenter alerts(false);

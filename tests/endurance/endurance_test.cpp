@@ -7,11 +7,11 @@
 // Every simulated hour prints the records, the memory in use and the CPU time per cycle.
 #include "model/SurveyEngine.h"
 #include "prefs/PreferenceStore.h"
+#include "support/FakeBackend.h"
 #include "util/Clock.h"
 #include "util/StreamAlertPresenter.h"
 #include "wireless/CWError.h"
 #include "wireless/CWInterface.h"
-#include "wireless/WirelessBackend.h"
 
 #include <QSettings>
 #include <QTemporaryDir>
@@ -56,10 +56,10 @@ quint64 mix(quint64 x)
 
 // Network k is first heard at arrival[k], then for onFor[k] seconds out of every period[k]:
 // a car passing, a phone's hotspot, a neighbour's router that reboots.
-class ChurnBackend final : public WirelessBackend
+class Churn
 {
 public:
-    ChurnBackend()
+    Churn()
     {
         for (int k = 0; k < kDistinct; ++k) {
             const quint64 h = mix(quint64(k));
@@ -72,28 +72,7 @@ public:
     void setTime(qint64 seconds) { m_t = seconds; }
     const std::set<int> &distinctHeard() const { return m_heard; }
 
-    QString backendName() const override { return QStringLiteral("churn"); }
-    QStringList interfaceNames() const override { return {QStringLiteral("wlan0")}; }
-    bool powerOn(const QString &) const override { return true; }
-    std::optional<QString> ssid(const QString &) const override { return std::nullopt; }
-    std::optional<QString> bssid(const QString &) const override { return std::nullopt; }
-    qint64 security(const QString &) const override { return 0; }
-    qint64 rssiValue(const QString &) const override { return 0; }
-    qint64 noiseMeasurement(const QString &) const override { return 0; }
-    double transmitRate(const QString &) const override { return 0; }
-    qint64 transmitPower(const QString &) const override { return 20; }
-    std::optional<QString> countryCode(const QString &) const override { return std::nullopt; }
-    QList<qint64> supportedChannels(const QString &) const override { return {1, 6, 11}; }
-    std::optional<CWChannel> wlanChannel(const QString &) const override
-    {
-        return CWChannel(6, kCWChannelBand2GHz, kCWChannelWidth20MHz);
-    }
-    std::optional<int> interfaceState(const QString &) const override { return 0; }
-    std::optional<int> opMode(const QString &) const override { return 0; }
-    bool serviceActive(const QString &) const override { return false; }
-
-    QList<CWNetworkRef> scanForNetworks(const QString &, const QVariantMap &,
-                                        CWError *error) override
+    QList<CWNetworkRef> scan(CWError *error)
     {
         ++m_scans;
         if (m_scans % 97 == 0) {
@@ -115,15 +94,6 @@ public:
         }
         return scan;
     }
-    bool setPower(const QString &, bool, CWError *) override { return false; }
-    bool setChannel(const QString &, quint64, CWError *) override { return false; }
-    void disassociate(const QString &) override {}
-    bool associateToNetwork(const QString &, const CWNetworkRef &, const QVariantMap &,
-                            CWError *) override
-    {
-        return false;
-    }
-    bool enableIBSS(const QString &, const QVariantMap &, CWError *) override { return false; }
 
 private:
     CWNetworkRef networkOf(int k) const
@@ -190,7 +160,9 @@ TEST(Endurance, ChurningDayKeepsOneRecordPerBssidAndFlatMemory)
     StreamAlertPresenter alerts(false);
     ManualClock clock(QDateTime(QDate(2024, 5, 1), QTime(0, 0), Qt::UTC));
     Clock::setInstance(&clock);
-    auto backend = std::make_shared<ChurnBackend>();
+    Churn churn;
+    auto backend = std::make_shared<FakeBackend>();
+    backend->scanner = [&churn](CWError *error) { return churn.scan(error); };
     WirelessBackend::setCurrent(backend);
     {
         SurveyEngine engine(&preferences, &alerts);
@@ -201,7 +173,7 @@ TEST(Endurance, ChurningDayKeepsOneRecordPerBssidAndFlatMemory)
         quint64 cyclesBefore = 0;
         double cpuBefore = cpuSeconds();
         for (qint64 t = 0; t < qint64(hours) * 3600; ++t) {
-            backend->setTime(t);
+            churn.setTime(t);
             engine.updateData(); // one tick a second; the cycle runs every update interval
             clock.advance(1000);
             alerts.clear(); // the failed scans' alert lines are the presenter's, not ours
@@ -212,10 +184,10 @@ TEST(Endurance, ChurningDayKeepsOneRecordPerBssidAndFlatMemory)
             const double allocated = allocatedMegabytes();
             std::printf("%4lld %7lld %15zu %12.1f %6.1f %16.2f\n", (t + 1) / 3600,
                         static_cast<long long>(engine.networks().count()),
-                        backend->distinctHeard().size(), allocated, residentMegabytes(),
+                        churn.distinctHeard().size(), allocated, residentMegabytes(),
                         cycles ? cpu * 1e3 / double(cycles) : 0.0);
             std::fflush(stdout);
-            EXPECT_EQ(size_t(engine.networks().count()), backend->distinctHeard().size())
+            EXPECT_EQ(size_t(engine.networks().count()), churn.distinctHeard().size())
                 << "hour " << (t + 1) / 3600;
             // Once every BSSID is known, records only take new samples into their rings.
             if (t + 1 > kArrivalsEnd + 3600) {

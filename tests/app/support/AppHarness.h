@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "FakeBackend.h"
 #include "app/AppDelegate.h"
 #include "app/FileChooser.h"
+#include "support/FakeBackend.h"
 #include "util/Clock.h"
 #include "util/RandomSource.h"
 #include "util/StreamAlertPresenter.h"

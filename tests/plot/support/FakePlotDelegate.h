@@ -2,7 +2,7 @@
 #pragma once
 
 #include "plot/PlotDelegate.h"
-#include "plot/support/FakeBackend.h"
+#include "support/FakeBackend.h"
 
 #include <QColor>
 #include <QDateTime>
@@ -23,7 +23,7 @@ public:
     qint64 numberOfTopNetworks() const override { return top; }
 
     // Makes the own interface associated with `bssid` (nullopt: not associated).
-    void associate(const std::optional<QString> &bssid) { backend->associatedBssid = bssid; }
+    void associate(const std::optional<QString> &bssid) { backend->currentBssid = bssid; }
 
     // A record with one signal sample `signal` (a level fraction), updated at `updated`.
     NetworkObjectRef add(const QString &bssid, const std::optional<QString> &name, double signal,

@@ -5,7 +5,10 @@
 
 #include <QList>
 
+#include <functional>
+
 // A backend whose every answer the test sets by hand, and which records what it was asked.
+// It needs no widgets, so every test area and the benchmarks share it.
 class FakeBackend final : public WirelessBackend
 {
     Q_OBJECT
@@ -71,6 +74,9 @@ public:
 
     // Scans hand out these lists in turn (the last one repeats); empty: no networks.
     QList<QList<CWNetworkRef>> scans;
+    // When set, scans answer what this returns instead and are not recorded (generated
+    // surveys of any length).
+    std::function<QList<CWNetworkRef>(CWError *error)> scanner;
     bool refuseAuthorization = false;
     bool failScans = false;
     bool refusePower = false;
