@@ -20,6 +20,14 @@ QString text(AppHarness &h, const char *name)
     return h.find<QLabel>(name)->text();
 }
 
+QStringList texts(AppHarness &h, std::initializer_list<const char *> names)
+{
+    QStringList result;
+    for (const char *name : names)
+        result << text(h, name);
+    return result;
+}
+
 QStringList popupItems(AppHarness &h)
 {
     auto *popup = h.find<QComboBox>("channelPopup");
@@ -40,10 +48,8 @@ private Q_SLOTS:
     void supportedChannelsText_data();
     void supportedChannelsText();
     void powerFromSegmentAndToolbar();
-    void refusedPowerChangeAlerts();
     void channelChangeParsesTheTitle();
     void disconnectDropsTheLink();
-    void toolbarValidation();
     void tabsSegmentsAndViewMenuStayInStep();
     void refreshByTabLabel();
 };
@@ -54,21 +60,13 @@ void TestInterface::associatedToKnownNetwork()
     h.backend->currentBssid = kHome;
     h.backend->scans = {{FakeBackend::network(kHome, QStringLiteral("Home"), -60, -90, 6)}};
     h.app().applicationDidFinishLaunching();
-    QCOMPARE(text(h, "ssidField"), QStringLiteral("Home"));
-    QCOMPARE(text(h, "bssidField"), kHome);
-    QCOMPARE(text(h, "opModeField"), QStringLiteral("Infrastructure"));
-    QCOMPARE(text(h, "securityModeField"), QStringLiteral("WPA2 Personal"));
-    QCOMPARE(text(h, "phyModeField"), QStringLiteral("802.11g/n"));
-    QCOMPARE(text(h, "supportedPHYModesField"), QStringLiteral("802.11g/n"));
-    QCOMPARE(text(h, "txRateField"), QStringLiteral("144.50 Mbps"));
-    QCOMPARE(text(h, "txPowerField"), QStringLiteral("31 mW"));
-    QCOMPARE(text(h, "countryCodeField"), QStringLiteral("DE"));
-    QCOMPARE(text(h, "rssiField"), QStringLiteral("43%"));
-    QCOMPARE(text(h, "noiseField"), QStringLiteral("15%"));
-    QCOMPARE(text(h, "snrField"), QStringLiteral("40dB"));
-    QCOMPARE(text(h, "snrAvgField"), QStringLiteral("40dB"));
-    QCOMPARE(text(h, "noiseMinField"), QStringLiteral("15%"));
-    QCOMPARE(text(h, "signalQualityField"), QStringLiteral("Good"));
+    QCOMPARE(
+        texts(h, {"ssidField", "bssidField", "opModeField", "securityModeField", "phyModeField",
+                  "supportedPHYModesField", "txRateField", "txPowerField", "countryCodeField",
+                  "rssiField", "noiseField", "snrField", "snrAvgField", "noiseMinField",
+                  "signalQualityField"}),
+        (QStringList{"Home", kHome, "Infrastructure", "WPA2 Personal", "802.11g/n", "802.11g/n",
+                     "144.50 Mbps", "31 mW", "DE", "43%", "15%", "40dB", "40dB", "15%", "Good"}));
     QVERIFY(h.find<QPushButton>("disconnectButton")->isEnabled());
     QCOMPARE(h.find<SegmentedControl>("powerStateControl")->selectedSegment(), 0);
     QCOMPARE(h.find<QComboBox>("channelPopup")->currentText(), QStringLiteral("6"));
@@ -85,12 +83,9 @@ void TestInterface::associatedToUnknownNetworkShowsOnlyOwnReadings()
     h.backend->state = kCWInterfaceStateAssociating;
     h.backend->country.reset();
     h.app().updateInterfaceInfoTab();
-    QCOMPARE(text(h, "rssiField"), QStringLiteral("50%"));
-    QCOMPARE(text(h, "noiseField"), QStringLiteral("0%"));
-    QCOMPARE(text(h, "ssidField"), QString());
-    QCOMPARE(text(h, "snrField"), QString());
-    QCOMPARE(text(h, "opModeField"), QString());
-    QCOMPARE(text(h, "countryCodeField"), QString());
+    QCOMPARE(texts(h, {"rssiField", "noiseField", "ssidField", "snrField", "opModeField",
+                       "countryCodeField"}),
+             (QStringList{"50%", "0%", "", "", "", ""}));
     QVERIFY(!h.find<QPushButton>("disconnectButton")->isEnabled());
 }
 
@@ -105,11 +100,10 @@ void TestInterface::radioOffClearsWhatItCannotVouchFor()
     h.backend->power = false;
     h.app().updateInterfaceInfoTab();
     QCOMPARE(h.find<SegmentedControl>("powerStateControl")->selectedSegment(), 1);
-    for (const char *cleared :
-         {"ssidField", "bssidField", "txRateField", "txPowerField", "rssiField", "noiseField",
-          "countryCodeField", "supportedChannelsField", "supportedPHYModesField",
-          "signalQualityField"})
-        QCOMPARE(text(h, cleared), QString());
+    QCOMPARE(texts(h, {"ssidField", "bssidField", "txRateField", "txPowerField", "rssiField",
+                       "noiseField", "countryCodeField", "supportedChannelsField",
+                       "supportedPHYModesField", "signalQualityField"}),
+             QStringList(10));
     QCOMPARE(h.find<QComboBox>("channelPopup")->count(), 0);
     QVERIFY(!h.find<QComboBox>("channelPopup")->isEnabled());
     QCOMPARE(text(h, "snrField"), snr); // statistics keep their last values
@@ -136,32 +130,34 @@ void TestInterface::supportedChannelsText()
                                          QStringLiteral("11"), QStringLiteral("36")}));
 }
 
+// The segment and the toolbar items switch the radio; the items that would change nothing
+// are disabled; a refused change alerts and leaves the tab as it was.
 void TestInterface::powerFromSegmentAndToolbar()
 {
     AppHarness h;
     auto *control = h.find<SegmentedControl>("powerStateControl");
+    auto *on = h.find<QAction>("powerOn");
+    auto *off = h.find<QAction>("powerOff");
+    auto *refresh = h.find<QAction>("actionRefresh");
+    QCOMPARE((QList<bool>{h.app().validateToolbarItem(on), h.app().validateToolbarItem(off),
+                          h.app().validateToolbarItem(refresh)}),
+             (QList<bool>{false, true, true}));
     control->setSelectedSegment(1);
     h.app().changePower(control);
     control->setSelectedSegment(0);
     h.app().changePower(control);
-    h.app().changePower(h.find<QAction>("powerOff"));
-    h.app().changePower(h.find<QAction>("powerOn"));
-    QAction other;
-    other.setObjectName(QStringLiteral("actionRefresh"));
-    h.app().changePower(&other);
+    h.app().changePower(off);
+    QVERIFY(on->isEnabled() && !off->isEnabled() && refresh->isEnabled());
+    h.app().changePower(on);
+    h.app().changePower(refresh); // anything else switches it off
     QCOMPARE(h.backend->powerRequests, (QList<bool>{false, true, false, true, false}));
-    // The tab follows the real state.
-    QCOMPARE(control->selectedSegment(), 1);
+    QCOMPARE(control->selectedSegment(), 1); // the tab follows the real state
     QVERIFY(h.alerts.lines().isEmpty());
-}
 
-void TestInterface::refusedPowerChangeAlerts()
-{
-    AppHarness h;
     h.backend->refusePower = true;
-    h.app().changePower(h.find<QAction>("powerOff"));
+    h.app().changePower(on);
     QCOMPARE(h.alerts.lines(), QStringList{QStringLiteral("Error: Not permitted: power")});
-    QCOMPARE(h.find<SegmentedControl>("powerStateControl")->selectedSegment(), 0);
+    QCOMPARE(control->selectedSegment(), 1);
 }
 
 void TestInterface::channelChangeParsesTheTitle()
@@ -188,32 +184,16 @@ void TestInterface::disconnectDropsTheLink()
     AppHarness h;
     h.backend->currentBssid = kHome;
     h.app().updateInterfaceInfoTab();
-    QVERIFY(h.find<QPushButton>("disconnectButton")->isEnabled());
     QVERIFY(h.find<QAction>("actionDisconnect")->isEnabled());
     h.app().disconnect();
     QCOMPARE(h.backend->disassociateCount, 1);
-    QVERIFY(!h.find<QPushButton>("disconnectButton")->isEnabled());
     // The menu item follows the button.
+    QVERIFY(!h.find<QPushButton>("disconnectButton")->isEnabled());
     QVERIFY(!h.find<QAction>("actionDisconnect")->isEnabled());
     h.backend->currentBssid = kHome;
     h.backend->state = kCWInterfaceStateRunning;
     h.app().updateInterfaceInfoTab();
     QVERIFY(h.find<QAction>("actionDisconnect")->isEnabled());
-}
-
-void TestInterface::toolbarValidation()
-{
-    AppHarness h;
-    auto *on = h.find<QAction>("powerOn");
-    auto *off = h.find<QAction>("powerOff");
-    auto *refresh = h.find<QAction>("actionRefresh");
-    QVERIFY(!h.app().validateToolbarItem(on));
-    QVERIFY(h.app().validateToolbarItem(off));
-    QVERIFY(h.app().validateToolbarItem(refresh));
-    h.app().changePower(off);
-    QVERIFY(on->isEnabled());
-    QVERIFY(!off->isEnabled());
-    QVERIFY(refresh->isEnabled());
 }
 
 void TestInterface::tabsSegmentsAndViewMenuStayInStep()
@@ -222,11 +202,7 @@ void TestInterface::tabsSegmentsAndViewMenuStayInStep()
     auto *segments = h.find<SegmentedControl>("segmentedControl");
     auto *tabs = h.find<QTabWidget>("tabView");
     auto *menu = h.find<QMenu>("viewMenu");
-    QCOMPARE(segments->segmentCount(), 7);
-    QCOMPARE(tabs->tabText(0), QStringLiteral("Interface Info"));
-    QCOMPARE(tabs->tabText(5), QStringLiteral("Scan"));
-    QCOMPARE(tabs->tabText(6), QStringLiteral("Channels"));
-    QCOMPARE(menu->actions().at(6)->shortcut(), QKeySequence(QStringLiteral("Ctrl+7")));
+    QCOMPARE(segments->segmentCount(), tabs->count());
     auto checkedTags = [menu] {
         QList<int> tags;
         for (QAction *a : menu->actions())
@@ -251,9 +227,7 @@ void TestInterface::tabsSegmentsAndViewMenuStayInStep()
     h.app().viewAction(map); // already on: nothing changes
     QCOMPARE(tabs->currentIndex(), 2);
 
-    QAction *scanItem = menu->actions().at(5);
-    QCOMPARE(scanItem->shortcut(), QKeySequence(QStringLiteral("Ctrl+6")));
-    scanItem->trigger(); // through the menu, as a user would
+    menu->actions().at(5)->trigger(); // through the menu, as a user would
     QCOMPARE(checkedTags(), QList<int>{5});
     QCOMPARE(segments->selectedSegment(), 5);
     QCOMPARE(tabs->currentIndex(), 5);

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The network table: filter, cells, comment edits, the selection, and export.
+// The network table: filter, cells, comment edits, the selection, row diffing and export.
 #include "support/AppHarness.h"
 
+#include "app/NetworkTableView.h"
 #include "prefs/PreferenceStore.h"
 
 #include <QFile>
@@ -10,7 +11,6 @@
 #include <QLineEdit>
 #include <QScrollBar>
 #include <QSignalSpy>
-#include <QTableView>
 #include <QtTest>
 
 namespace {
@@ -18,18 +18,10 @@ const QString kA = QStringLiteral("0a:1b:2c:3d:4e:5f");
 const QString kB = QStringLiteral("00:00:00:00:00:0b");
 const QString kC = QStringLiteral("00:00:00:00:00:0c");
 
-void launchWith(AppHarness &h, const QList<CWNetworkRef> &scan)
+int selectedRow(QTableView *table)
 {
-    h.backend->scans = {scan};
-    h.app().applicationDidFinishLaunching();
-}
-
-QStringList rowNames(AppHarness &h)
-{
-    QStringList names;
-    for (qsizetype row = 0; row < h.app().numberOfRowsInTableView(); ++row)
-        names << h.app().objectValueForTableColumn(QStringLiteral("NETWORK_NAME"), row).toString();
-    return names;
+    const QModelIndexList rows = table->selectionModel()->selectedRows();
+    return rows.size() == 1 ? rows.constFirst().row() : -1;
 }
 } // namespace
 
@@ -39,14 +31,12 @@ class TestTable : public QObject
 private Q_SLOTS:
     void filterMatchesNameBssidAndComment_data();
     void filterMatchesNameBssidAndComment();
-    void filterTakesEffectAtTheNextCycle();
     void cellsByIdentifier();
     void commentEditPersistsAcrossRestart();
-    void selectionFollowsReSort();
+    void selectionFollowsTheNetwork();
     void newAndHiddenRowsKeepTheScrollPosition();
-    void exportWritesBothDocuments();
-    void exportToReadOnlyFolderAlertsAndWritesNothing();
-    void cancelledExportWritesNothing();
+    void exports_data();
+    void exports();
 };
 
 void TestTable::filterMatchesNameBssidAndComment_data()
@@ -64,35 +54,26 @@ void TestTable::filterMatchesNameBssidAndComment_data()
     QTest::newRow("nothing") << QStringLiteral("zzz") << QStringList{};
 }
 
+// The search field is read by the next cycle (or an explicit filter), not on every key.
 void TestTable::filterMatchesNameBssidAndComment()
 {
     QFETCH(QString, text);
     QFETCH(QStringList, rows);
     AppHarness h;
     h.preferences->setComment(kC, QStringLiteral("in the kitchen"));
-    launchWith(h, {FakeBackend::network(kA, QStringLiteral("Alpha")),
-                   FakeBackend::network(kB, QStringLiteral("Bravo")),
-                   FakeBackend::network(kC, QStringLiteral("Charlie"))});
+    h.launchWith({FakeBackend::network(kA, QStringLiteral("Alpha")),
+                  FakeBackend::network(kB, QStringLiteral("Bravo")),
+                  FakeBackend::network(kC, QStringLiteral("Charlie"))});
     h.find<QLineEdit>("searchField")->setText(text);
-    h.app().filterNetworks();
-    QCOMPARE(rowNames(h), rows);
-}
-
-void TestTable::filterTakesEffectAtTheNextCycle()
-{
-    AppHarness h;
-    launchWith(h, {FakeBackend::network(kA, QStringLiteral("Alpha")),
-                   FakeBackend::network(kB, QStringLiteral("Bravo"))});
-    h.find<QLineEdit>("searchField")->setText(QStringLiteral("bravo"));
-    QCOMPARE(h.app().numberOfRowsInTableView(), 2);
+    QCOMPARE(h.app().numberOfRowsInTableView(), 3);
     h.app().performUpdateCycle();
-    QCOMPARE(rowNames(h), QStringList{QStringLiteral("Bravo")});
+    QCOMPARE(h.rowNames(), rows);
 }
 
 void TestTable::cellsByIdentifier()
 {
     AppHarness h;
-    launchWith(h, {FakeBackend::network(kA, std::nullopt, -53, -90, 149)});
+    h.launchWith({FakeBackend::network(kA, std::nullopt, -53, -90, 149)});
     auto cell = [&h](const char *id) {
         return h.app().objectValueForTableColumn(QString::fromLatin1(id), 0);
     };
@@ -102,12 +83,12 @@ void TestTable::cellsByIdentifier()
     QCOMPARE(cell("BAND").toString(), QStringLiteral("5GHz"));
     QCOMPARE(cell("SECURITY_MODE").toString(), QStringLiteral("WPA2 Personal"));
     QCOMPARE(cell("SIGNAL").toString(), QStringLiteral("50%"));
+    QCOMPARE(cell("MAX").toString(), QStringLiteral("50%"));
     QCOMPARE(cell("LEVEL").toDouble(), 5.0);
     QCOMPARE(cell("NETWORK_MODE").toString(), QStringLiteral("No"));
     QCOMPARE(cell("lastSeen").toString(), QStringLiteral("Just now"));
     QVERIFY(!cell("icon").value<QImage>().isNull());
     QVERIFY(!cell("PHY_MODE").isValid());
-    QVERIFY(!cell("RSSI").isValid());
     // Rows past the end of the list give empty cells, never a crash.
     QVERIFY(!h.app().objectValueForTableColumn(QStringLiteral("BSSID"), 5).isValid());
     QVERIFY(!h.app().objectValueForTableColumn(QStringLiteral("BSSID"), -1).isValid());
@@ -116,44 +97,58 @@ void TestTable::cellsByIdentifier()
 void TestTable::commentEditPersistsAcrossRestart()
 {
     AppHarness h;
-    launchWith(h, {FakeBackend::network(kA, QStringLiteral("Alpha")),
-                   FakeBackend::network(kB, QStringLiteral("Bravo"))});
-    auto *table = h.find<QTableView>("scanResultsTable");
-    table->selectRow(1);
-    QCOMPARE(h.app().selectedNetwork()->bssid(), kB);
-    // The edit goes to the selected network, whatever row sent it.
+    h.launchWith({FakeBackend::network(kA, QStringLiteral("Alpha")),
+                  FakeBackend::network(kB, QStringLiteral("Bravo"))});
+    h.find<QTableView>("scanResultsTable")->selectRow(1);
+    // The edit goes to the selected network, whatever row sent it; other columns are fixed.
     h.app().setObjectValue(QStringLiteral("by the door"), QStringLiteral("comment"), 0);
+    h.app().setObjectValue(QStringLiteral("x"), QStringLiteral("NETWORK_NAME"), 1);
     QCOMPARE(h.app().networkWithBssid(kB)->comment(),
              std::optional<QString>(QStringLiteral("by the door")));
     QVERIFY(!h.app().networkWithBssid(kA)->comment());
-    // Other columns are not editable.
-    h.app().setObjectValue(QStringLiteral("x"), QStringLiteral("NETWORK_NAME"), 1);
     QCOMPARE(h.app().networkWithBssid(kB)->name(), std::optional<QString>(QStringLiteral("Bravo")));
 
     h.restart();
-    h.backend->scans = {{FakeBackend::network(kB, QStringLiteral("Bravo"))}};
-    h.app().applicationDidFinishLaunching();
+    h.launchWith({FakeBackend::network(kB, QStringLiteral("Bravo"))});
     QCOMPARE(h.app().networkWithBssid(kB)->comment(),
              std::optional<QString>(QStringLiteral("by the door")));
 }
 
-void TestTable::selectionFollowsReSort()
+void TestTable::selectionFollowsTheNetwork()
 {
     AppHarness h;
-    launchWith(h, {FakeBackend::network(kA, QStringLiteral("Alpha")),
-                   FakeBackend::network(kB, QStringLiteral("Bravo"))});
-    auto *table = h.find<QTableView>("scanResultsTable");
+    h.launchWith({FakeBackend::network(kA, QStringLiteral("Alpha")),
+                  FakeBackend::network(kB, QStringLiteral("Bravo"))});
+    auto *table = h.find<NetworkTableView>("scanResultsTable");
     table->selectRow(1); // Bravo
     // A new network sorts before Bravo; the selection moves with Bravo.
     h.backend->scans = {{FakeBackend::network(kC, QStringLiteral("Aardvark"))}};
     h.app().performUpdateCycle();
-    QCOMPARE(rowNames(h).indexOf(QStringLiteral("Bravo")), 2);
-    const QModelIndexList selected = table->selectionModel()->selectedRows();
-    QCOMPARE(selected.size(), 1);
-    QCOMPARE(selected.constFirst().row(), 2);
+    QCOMPARE(h.rowNames().indexOf(QStringLiteral("Bravo")), 2);
+    QCOMPARE(selectedRow(table), 2);
+    // Joined, Bravo moves to the top (a reorder, not an insertion): still selected.
+    h.backend->currentBssid = kB;
+    h.app().performUpdateCycle();
+    QCOMPARE(h.rowNames().constFirst(), QStringLiteral("Bravo"));
+    QCOMPARE(selectedRow(table), 0);
     // Clearing the selection keeps the remembered network.
     table->clearSelection();
     QCOMPARE(h.app().selectedNetwork()->bssid(), kB);
+
+    // A comment being typed (here in row 0) holds the reload until the editor closes.
+    h.app().window()->show();
+    const QModelIndex comment = table->model()->index(0, 3);
+    table->setCurrentIndex(comment);
+    table->edit(comment);
+    QCOMPARE(table->editedRow(), 0);
+    h.backend->scans = {
+        {FakeBackend::network(QStringLiteral("00:00:00:00:00:0d"), QStringLiteral("Delta"))}};
+    h.app().performUpdateCycle();
+    QCOMPARE(table->model()->rowCount(), 3);
+    table->setCurrentIndex(table->model()->index(1, 1)); // moving on closes the editor
+    QCOMPARE(table->editedRow(), -1);
+    h.app().performUpdateCycle();
+    QCOMPARE(table->model()->rowCount(), 4);
 }
 
 // Rows that appear are inserted and rows the filter hides are removed, each as such: the
@@ -166,7 +161,7 @@ void TestTable::newAndHiddenRowsKeepTheScrollPosition()
         scan << FakeBackend::network(
             QStringLiteral("00:00:00:00:01:%1").arg(i, 2, 10, QLatin1Char('0')),
             QStringLiteral("Net %1").arg(i, 2, 10, QLatin1Char('0')));
-    launchWith(h, scan);
+    h.launchWith(scan);
     auto *table = h.find<QTableView>("scanResultsTable");
     h.app().window()->resize(900, 500);
     h.app().window()->show();
@@ -189,7 +184,7 @@ void TestTable::newAndHiddenRowsKeepTheScrollPosition()
     QCOMPARE(resets.size(), 0);
     QCOMPARE(inserted.size(), 2);
     QCOMPARE(table->verticalScrollBar()->value(), scrolled);
-    QCOMPARE(table->selectionModel()->selectedRows().constFirst().row(), 2);
+    QCOMPARE(selectedRow(table), 2);
     // Only the row heard again changed whole; the rest only in "Last Seen".
     int wholeRows = 0;
     for (const QList<QVariant> &args : std::as_const(changed)) {
@@ -206,65 +201,64 @@ void TestTable::newAndHiddenRowsKeepTheScrollPosition()
     QCOMPARE(resets.size(), 0);
     QVERIFY(removed.size() > 0);
     QCOMPARE(h.app().numberOfRowsInTableView(), qsizetype(11));
-    QCOMPARE(rowNames(h).at(2), QStringLiteral("Net 01"));
-    QCOMPARE(table->selectionModel()->selectedRows().constFirst().row(), 2);
+    QCOMPARE(h.rowNames().at(2), QStringLiteral("Net 01"));
+    QCOMPARE(selectedRow(table), 2);
 }
 
-void TestTable::exportWritesBothDocuments()
+void TestTable::exports_data()
 {
+    QTest::addColumn<bool>("html");
+    QTest::addColumn<QString>("target"); // "": cancelled; "blocked": below a plain file
+    QTest::newRow("tsv") << false << QStringLiteral("networks.tsv");
+    QTest::newRow("html") << true << QStringLiteral("networks.html");
+    QTest::newRow("tsv into no folder") << false << QStringLiteral("blocked");
+    QTest::newRow("html cancelled") << true << QString();
+}
+
+void TestTable::exports()
+{
+    QFETCH(bool, html);
+    QFETCH(QString, target);
     AppHarness h;
-    launchWith(h, {FakeBackend::network(kA, QStringLiteral("Tab\there")),
-                   FakeBackend::network(kB, QStringLiteral("<b>bold</b>"))});
+    h.launchWith({FakeBackend::network(kA, QStringLiteral("Tab\there")),
+                  FakeBackend::network(kB, QStringLiteral("<b>bold</b>"))});
     QTemporaryDir out;
-    h.files.answer = out.filePath(QStringLiteral("networks.tsv"));
-    h.app().exportToCSV();
-    QCOMPARE(h.files.lastRepresentedName, QStringLiteral("wifi-details.csv"));
+    // A folder nobody can write into, root included: its "parent" is a plain file.
+    QFile blocker(out.filePath(QStringLiteral("blocked")));
+    QVERIFY(blocker.open(QIODevice::WriteOnly));
+    blocker.close();
+    h.files.answer = target.isEmpty() ? QString() : out.filePath(target);
+    if (target == QLatin1String("blocked"))
+        h.files.answer += QStringLiteral("/wifi-details.csv");
+    html ? h.app().exportToHTML() : h.app().exportToCSV();
+    QCOMPARE(h.files.lastRepresentedName,
+             html ? QStringLiteral("wifi-details.html") : QStringLiteral("wifi-details.csv"));
     QVERIFY(h.files.lastStartDirectory.endsWith(QStringLiteral("/Documents")));
-    QFile tsv(h.files.answer);
-    QVERIFY(tsv.open(QIODevice::ReadOnly));
-    const QStringList lines = QString::fromUtf8(tsv.readAll()).split(QLatin1Char('\n'));
+    if (target.isEmpty() || target == QLatin1String("blocked")) {
+        QVERIFY(target.isEmpty() || !QFileInfo::exists(h.files.answer));
+        QCOMPARE(h.alerts.lines().size(), target.isEmpty() ? 0 : 1);
+        if (!target.isEmpty()) {
+            const QString line = h.alerts.lines().constFirst();
+            QVERIFY(line.startsWith(
+                QStringLiteral("Error: Export to csv '%1' failed: ").arg(h.files.answer)));
+            QVERIFY(line.endsWith(QStringLiteral(".\rPlease try again.")));
+        }
+        return;
+    }
+    QFile file(h.files.answer);
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    const QString text = QString::fromUtf8(file.readAll());
+    QVERIFY(h.alerts.lines().isEmpty());
+    if (html) {
+        QVERIFY(text.contains(QStringLiteral("<td><b>bold</b></td>")));
+        QVERIFY(text.endsWith(QStringLiteral("</table></body></html>")));
+        return;
+    }
+    const QStringList lines = text.split(QLatin1Char('\n'));
     QCOMPARE(lines.size(), 4); // head, two rows, and nothing after the last line feed
     QVERIFY(lines.at(0).startsWith(QStringLiteral("Network Name\tBSSID\tComment")));
     QCOMPARE(lines.at(1).split(QLatin1Char('\t')).size(), 22);
     QCOMPARE(lines.at(2).split(QLatin1Char('\t')).size(), 23); // the tab in the name shifts
-    QVERIFY(lines.at(3).isEmpty());
-
-    h.files.answer = out.filePath(QStringLiteral("networks.html"));
-    h.app().exportToHTML();
-    QCOMPARE(h.files.lastRepresentedName, QStringLiteral("wifi-details.html"));
-    QFile html(h.files.answer);
-    QVERIFY(html.open(QIODevice::ReadOnly));
-    const QString page = QString::fromUtf8(html.readAll());
-    QVERIFY(page.contains(QStringLiteral("<td><b>bold</b></td>")));
-    QVERIFY(page.endsWith(QStringLiteral("</table></body></html>")));
-    QVERIFY(h.alerts.lines().isEmpty());
-}
-
-void TestTable::exportToReadOnlyFolderAlertsAndWritesNothing()
-{
-    AppHarness h;
-    launchWith(h, {FakeBackend::network(kA, QStringLiteral("Alpha"))});
-    QTemporaryDir out;
-    // A folder nobody can write into, root included: its "parent" is a plain file.
-    QFile blocker(out.filePath(QStringLiteral("readonly")));
-    QVERIFY(blocker.open(QIODevice::WriteOnly));
-    blocker.close();
-    h.files.answer = out.filePath(QStringLiteral("readonly/wifi-details.csv"));
-    h.app().exportToCSV();
-    QVERIFY(!QFileInfo::exists(h.files.answer));
-    QCOMPARE(h.alerts.lines().size(), 1);
-    QVERIFY(h.alerts.lines().constFirst().startsWith(
-        QStringLiteral("Error: Export to csv '%1' failed: ").arg(h.files.answer)));
-    QVERIFY(h.alerts.lines().constFirst().endsWith(QStringLiteral(".\rPlease try again.")));
-}
-
-void TestTable::cancelledExportWritesNothing()
-{
-    AppHarness h;
-    launchWith(h, {FakeBackend::network(kA, QStringLiteral("Alpha"))});
-    h.files.answer.clear();
-    h.app().exportToHTML();
-    QVERIFY(h.alerts.lines().isEmpty());
 }
 
 QTEST_MAIN(TestTable)

@@ -45,3 +45,17 @@ QWidget *AppHarness::widget(const char *objectName) const
 {
     return m_app->window()->findChild<QWidget *>(QString::fromLatin1(objectName));
 }
+
+void AppHarness::launchWith(const QList<CWNetworkRef> &scan)
+{
+    backend->scans = {scan};
+    m_app->applicationDidFinishLaunching();
+}
+
+QStringList AppHarness::rowNames() const
+{
+    QStringList names;
+    for (qsizetype row = 0; row < m_app->numberOfRowsInTableView(); ++row)
+        names << m_app->objectValueForTableColumn(QStringLiteral("NETWORK_NAME"), row).toString();
+    return names;
+}

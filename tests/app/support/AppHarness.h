@@ -43,6 +43,10 @@ public:
     AppDelegate &restart();
     AppDelegate &app() const { return *m_app; }
     QWidget *widget(const char *objectName) const;
+    // Launches the program with one scan that hears `scan`.
+    void launchWith(const QList<CWNetworkRef> &scan);
+    // The names the table shows, top to bottom.
+    QStringList rowNames() const;
     template <typename T> T *find(const char *objectName) const
     {
         return m_app->window()->findChild<T *>(QString::fromLatin1(objectName));
