@@ -1,13 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The Channels tab's view: charts for the bands heard, hovering, and pictures of it at two
-// window sizes under the build folder (tests/screenshots/) to be looked at.
+// The Channels tab's view: charts for the bands heard, and hovering.
 #include "plot/ChannelOccupancyView.h"
 #include "plot/support/FakeNetworks.h"
 #include "plot/support/FakePlotDelegate.h"
 #include "util/Clock.h"
 
-#include <QDir>
-#include <QPainter>
 #include <QtTest>
 
 class TestChannelOccupancyView : public QObject
@@ -17,8 +14,6 @@ class TestChannelOccupancyView : public QObject
 private Q_SLOTS:
     void chartsFollowTheBandsHeard();
     void hoverHighlightsOneNetwork();
-    void pictures_data();
-    void pictures();
 };
 
 void TestChannelOccupancyView::chartsFollowTheBandsHeard()
@@ -65,45 +60,6 @@ void TestChannelOccupancyView::hoverHighlightsOneNetwork()
     QCOMPARE(view.highlightedBssid(), view.entries().at(front.entry).network->bssid());
     view.hover(QPointF(2, 2)); // over the title: nothing
     QVERIFY(view.highlightedBssid().isEmpty());
-}
-
-void TestChannelOccupancyView::pictures_data()
-{
-    QTest::addColumn<QSize>("size");
-    QTest::newRow("occupancy-1280x800") << QSize(1280, 800);
-    QTest::newRow("occupancy-1920x1080") << QSize(1920, 1080);
-}
-
-void TestChannelOccupancyView::pictures()
-{
-    QFETCH(QSize, size);
-    FakePlotDelegate delegate;
-    delegate.list = FakeNetworks::makeOnAir(45, 11, Clock::now());
-    ChannelOccupancyView view;
-    view.setDelegate(&delegate);
-    view.resize(size);
-    view.relayout();
-    // With the pointer resting on the strongest 5 GHz network.
-    const auto &chart = view.charts().at(1);
-    QVERIFY(!chart.shapes.isEmpty());
-    const QPolygonF &p = chart.shapes.first().polygons.first();
-    view.hover(QPointF((p[1].x() + p[2].x()) / 2, p[1].y() + 4));
-    QVERIFY(!view.highlightedBssid().isEmpty());
-
-    QImage image(size, QImage::Format_ARGB32_Premultiplied);
-    QPainter painter(&image);
-    view.draw(painter);
-    painter.end();
-    const QString dir = QCoreApplication::applicationDirPath() + QStringLiteral("/screenshots");
-    QDir().mkpath(dir);
-    const QString path = QStringLiteral("%1/%2.png").arg(dir, QTest::currentDataTag());
-    QVERIFY2(image.save(path), qPrintable(path));
-    // Every network is drawn in its colour: the picture holds far more than a few colours.
-    QSet<QRgb> colours;
-    for (int y = 0; y < image.height(); y += 4)
-        for (int x = 0; x < image.width(); x += 4)
-            colours.insert(image.pixel(x, y));
-    QVERIFY2(colours.size() > 50, qPrintable(path));
 }
 
 QTEST_MAIN(TestChannelOccupancyView)

@@ -5,16 +5,12 @@
 
 #include <QDateTime>
 
-// Plausible observations for pictures and benchmarks: `count` networks with histories of
-// `samples` entries (a slow random walk around each network's level), spread over the 2.4
-// GHz channels with a few 5 GHz ones, named like real networks (some long, one hidden, one
-// hostile), coloured as the controller colours them. The same seed gives the same list.
+// Plausible observations for the views: records made from scan results with real channel
+// layouts. The same seed gives the same list.
 class FakeNetworks
 {
 public:
-    static NetworkList make(int count, int samples, quint32 seed, const QDateTime &updated);
-    // `count` records made from scan results with real channel layouts, as the radios give
-    // them: 20 and 40 MHz on 2.4 GHz, 20 to 160 MHz and 80+80 on 5 GHz, 20 to 320 MHz on
-    // 6 GHz, signals from -90 to -30 dBm.
+    // `count` records as the radios give them: 20 and 40 MHz on 2.4 GHz, 20 to 160 MHz and
+    // 80+80 on 5 GHz, 20 to 320 MHz on 6 GHz, signals from -90 to -30 dBm.
     static NetworkList makeOnAir(int count, quint32 seed, const QDateTime &updated);
 };
