@@ -38,6 +38,22 @@ QString bestOf(int band, int width, const QList<ChannelRating::Neighbour> &n,
 }
 } // namespace
 
+TEST(ChannelRating, EveryWidthOfABandHasBlocksOfThatWidth)
+{
+    const std::pair<int, QList<int>> bands[] = {{kCWChannelBand2GHz, {20, 40}},
+                                                {kCWChannelBand5GHz, {20, 40, 80, 160}},
+                                                {kCWChannelBand6GHz, {20, 40, 80, 160, 320}}};
+    for (const auto &[band, widths] : bands) {
+        EXPECT_EQ(ChannelRating::widthsFor(band), widths);
+        for (int width : widths) {
+            const auto list = ChannelRating::candidates(band, width, {}, {});
+            EXPECT_FALSE(list.isEmpty()) << band << " " << width;
+            for (const auto &c : list)
+                EXPECT_EQ(c.widthMHz, width);
+        }
+    }
+}
+
 TEST(ChannelRating, CandidatesOfEachWidth)
 {
     const struct

@@ -10,6 +10,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
+#include <cstring>
 #include <limits>
 
 namespace {
@@ -175,4 +177,14 @@ TEST(ExportDocument, WritesUtf8AtomicallyOrReportsWhy)
                                                &error));
     EXPECT_FALSE(error.isEmpty());
     EXPECT_FALSE(ExportDocument::writeDocument(dir.path(), text, nullptr)); // a directory
+
+    // A full disk says so, even where Qt's own text lost the reason.
+    if (QFile::exists(QStringLiteral("/dev/full"))) {
+        EXPECT_FALSE(ExportDocument::writeDocument(QStringLiteral("/dev/full"), text, &error));
+        EXPECT_EQ(error, QString::fromLocal8Bit(std::strerror(ENOSPC)));
+    }
+    QFile never(dir.filePath(QStringLiteral("never")));
+    EXPECT_EQ(ExportDocument::failureReason(never, ENOSPC),
+              QString::fromLocal8Bit(std::strerror(ENOSPC)));
+    EXPECT_EQ(ExportDocument::failureReason(never, 0), never.errorString());
 }
