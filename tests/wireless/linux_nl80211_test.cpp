@@ -187,9 +187,7 @@ TEST(LinuxNl80211Parser, SurveyInterfaceWiphyAndRegulatoryReplies)
     });
     const auto s = Nl80211Parser::parseSurvey(survey.get());
     ASSERT_TRUE(s);
-    EXPECT_EQ(s->frequency, 2412u);
-    EXPECT_EQ(s->noiseDbm, -92);
-    EXPECT_TRUE(s->inUse);
+    EXPECT_EQ(std::tuple(s->frequency, s->noiseDbm, s->inUse), std::tuple(2412u, -92, true));
     Message noFrequency(NL80211_CMD_NEW_SURVEY_RESULTS);
     noFrequency.nest(NL80211_ATTR_SURVEY_INFO,
                      [](Message &i) { i.u8(NL80211_SURVEY_INFO_NOISE, quint8(-90)); });
@@ -207,13 +205,10 @@ TEST(LinuxNl80211Parser, SurveyInterfaceWiphyAndRegulatoryReplies)
         .u32(NL80211_ATTR_WIPHY_TX_POWER_LEVEL, 2000);
     const auto info = Nl80211Parser::parseInterface(iface.get());
     ASSERT_TRUE(info);
-    EXPECT_EQ(info->ifindex, 3);
-    EXPECT_EQ(info->name, QStringLiteral("wlan0"));
-    EXPECT_EQ(info->iftype, quint32(NL80211_IFTYPE_STATION));
-    EXPECT_EQ(info->wiphy, 1u);
+    EXPECT_EQ(std::tuple(info->ifindex, info->name, info->iftype, info->wiphy),
+              std::tuple(3, QStringLiteral("wlan0"), quint32(NL80211_IFTYPE_STATION), 1u));
     EXPECT_EQ(info->ssid, QByteArray("home\0net", 8)); // raw bytes, NUL included
-    EXPECT_EQ(info->frequency, 5180u);
-    EXPECT_EQ(info->txPowerMbm, 2000);
+    EXPECT_EQ(std::tuple(info->frequency, info->txPowerMbm), std::tuple(5180u, 2000));
     const auto channel = LinuxChannelMap::channel(info->frequency, info->chanWidth);
     ASSERT_TRUE(channel);
     EXPECT_EQ(*channel, CWChannel(36, kCWChannelBand5GHz, kCWChannelWidth40MHz));
@@ -243,11 +238,10 @@ TEST(LinuxNl80211Parser, SurveyInterfaceWiphyAndRegulatoryReplies)
     EXPECT_EQ(Nl80211Parser::wiphyIndex(wiphy.get()), 1u);
     const auto freqs = Nl80211Parser::parseWiphyFrequencies(wiphy.get());
     ASSERT_EQ(freqs.size(), 3);
-    EXPECT_EQ(freqs[0].frequency, 2412u);
-    EXPECT_FALSE(freqs[0].disabled);
-    EXPECT_EQ(freqs[1].frequency, 2467u);
-    EXPECT_TRUE(freqs[1].disabled);
-    EXPECT_EQ(freqs[2].frequency, 5180u);
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_EQ(std::pair(freqs[i].frequency, freqs[i].disabled),
+                  std::pair(QList<quint32>{2412, 2467, 5180}[i], i == 1));
+    }
 
     Message reg(NL80211_CMD_GET_REG);
     reg.bytes(NL80211_ATTR_REG_ALPHA2, QByteArray("DE", 3));
