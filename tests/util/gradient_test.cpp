@@ -102,6 +102,12 @@ TEST(CTGradient, ChromaticBlendingGoesRoundTheHueCircle)
         blueToRed.gradientWithBlendingMode(CTGradient::InverseChromatic).componentsAtPosition(0.5f),
         0, 1, 0);
 
+    // A green-dominated colour's hue: chartreuse to its darker self stays at hue 90.
+    expectRgba(CTGradient::gradientWithBeginningColor(QColor::fromRgbF(0.5f, 1, 0),
+                                                      QColor::fromRgbF(0.25f, 0.5f, 0))
+                   .gradientWithBlendingMode(CTGradient::Chromatic)
+                   .componentsAtPosition(0.5f),
+               0.375f, 0.75f, 0);
     // A grey takes the other colour's hue: white to red only gains saturation.
     expectRgba(CTGradient::gradientWithBeginningColor(Qt::white, Qt::red)
                    .gradientWithBlendingMode(CTGradient::Chromatic)
@@ -205,6 +211,9 @@ TEST(CTGradient, Drawing)
         g.radialFillRect(&painter, QRectF(0, 0, 101, 101));
     }
     EXPECT_LT(qGray(image.pixel(50, 50)), 10);
+    // Half way out to each edge.
+    EXPECT_NEAR(qGray(image.pixel(25, 50)), 128, 8);
+    EXPECT_NEAR(qGray(image.pixel(50, 25)), 128, 8);
     EXPECT_GT(qGray(image.pixel(0, 0)), 245);
     EXPECT_GT(qGray(image.pixel(0, 50)), 235);
 

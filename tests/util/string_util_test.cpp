@@ -95,6 +95,9 @@ TEST(StringUtil, TempPath)
               QDir::temp().filePath("wifi-details.csv"));
     const QString escaped = StringUtil::tempPathWithFilename("../../etc/passwd", "x");
     EXPECT_EQ(QFileInfo(escaped).absolutePath(), QDir::temp().absolutePath());
+    EXPECT_EQ(QFileInfo(StringUtil::tempPathWithFilename(QStringLiteral("a\\b") + QChar(0), "x"))
+                  .fileName(),
+              "a_b_.x");
 }
 
 TEST(StringUtil, SizeTexts)
@@ -110,6 +113,7 @@ TEST(StringUtil, SizeTexts)
     };
     const qint64 k = 1024;
     const Row rows[] = {
+        {0, false, 2, "", false, "0B"},
         {1023, false, 2, "", true, "1023 B"},
         {1023, false, 2, "GMK", false, "1KB"}, // 0.999... prints 1.00
         {512, false, 2, "GMK", false, "0.5KB"},
