@@ -110,7 +110,7 @@ TEST(ChannelOccupancyLayout, OverlapsStayReadable)
 
     // The rating strip under the axis: channel 6 is busy, 1 and 11 are not, 1 is the pick.
     ASSERT_EQ(chart.cells.size(), 13);
-    EXPECT_GT(chart.ratingStrip.top(), chart.plot.bottom());
+    EXPECT_DOUBLE_EQ(chart.ratingStrip.top(), chart.plot.bottom() + kText + 6.0);
     EXPECT_TRUE(chart.cells[0].best);
     EXPECT_GT(chart.cells[5].candidate.interferenceMw, 0.0);
     EXPECT_EQ(chart.cells[10].candidate.interferenceMw, 0.0);
@@ -118,6 +118,18 @@ TEST(ChannelOccupancyLayout, OverlapsStayReadable)
     EXPECT_DOUBLE_EQ(chart.cells[5].rect.right(), chart.cells[6].rect.left());
     EXPECT_EQ(chart.recommendation, QStringLiteral("Best 2.4 GHz channel: 1"));
     EXPECT_EQ(chart.title, QStringLiteral("2.4 GHz: 3 networks"));
+}
+
+TEST(ChannelOccupancyLayout, EqualNeighboursNamesDoNotTouch)
+{
+    const auto chart = ChannelOccupancyLayout::layoutChart(
+        frameFor(900), kCWChannelBand2GHz,
+        {entry(11, kCWChannelBand2GHz, 20, -60, 11, 0, "twin a"),
+         entry(11, kCWChannelBand2GHz, 20, -60, 11, 0, "twin b")},
+        {}, charWidth, kText);
+    ASSERT_EQ(chart.shapes.size(), 2);
+    EXPECT_TRUE(chart.shapes[0].labelShown && chart.shapes[1].labelShown);
+    EXPECT_FALSE(chart.shapes[0].labelRect.intersects(chart.shapes[1].labelRect));
 }
 
 TEST(ChannelOccupancyLayout, ChartsAndAxes)
@@ -156,6 +168,11 @@ TEST(ChannelOccupancyLayout, ChartsAndAxes)
     EXPECT_TRUE(wide.ticks[1].labelled);
     EXPECT_FALSE(narrow.ticks[1].labelled);
     EXPECT_TRUE(narrow.ticks[0].labelled);
+    // Labels thin out by halving: every 2nd, 4th or 8th channel.
+    int stride = 1;
+    while (!narrow.ticks[stride].labelled)
+        ++stride;
+    EXPECT_EQ(stride & (stride - 1), 0) << stride;
     ASSERT_EQ(wide.levels.size(), 9);
     EXPECT_DOUBLE_EQ(wide.levels.first().y, wide.plot.bottom());
     EXPECT_DOUBLE_EQ(wide.levels.last().y, wide.plot.top());

@@ -209,6 +209,7 @@ void TestRealTimePlot::rangesCostNothingWhenUnchanged()
     QCOMPARE(axes->rangeChanges(), changes + 1);
     QCOMPARE(axes->xRange(), std::make_pair(0.0, 300.0));
     QCOMPARE(axes->xAxis()->max(), 300.0);
+    QCOMPARE(axes->xLabels()->max(), 300.0);
     QCOMPARE(axes->xLabels()->categoriesLabels().first(), QStringLiteral("5 min"));
     QCOMPARE(axes->xLabels()->count(), RealTimePlotAxes::kTimeMajorTicks);
 
