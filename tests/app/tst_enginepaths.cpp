@@ -16,87 +16,64 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
-class TestEnginePaths : public QObject
+namespace {
+// Both documents after `cycles` working cycles (the launch's included), from the window or
+// from the headless runner, each in a fresh world of its own.
+QString run(bool window, int cycles, const QString &filter)
 {
-    Q_OBJECT
-private Q_SLOTS:
-    void init();
-    void cleanup();
-    void windowAndHeadlessEndWithTheSameRows_data();
-    void windowAndHeadlessEndWithTheSameRows();
-
-private:
-    // Both documents after `cycles` working cycles (the launch's included).
-    QString runWindow(int cycles, const QString &filter);
-    QString runHeadless(int cycles, const QString &filter);
-    void freshWorld();
-
-    QTemporaryDir m_settings;
-    ManualClock m_clock{QDateTime(QDate(2026, 11, 22), QTime(12, 0), Qt::UTC)};
-    std::unique_ptr<SeededRandomSource> m_random;
-    std::unique_ptr<PreferenceStore> m_preferences;
-};
-
-void TestEnginePaths::init()
-{
-    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, m_settings.path());
-    QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, m_settings.path());
-    Clock::setInstance(&m_clock);
-}
-
-void TestEnginePaths::cleanup()
-{
-    WirelessBackend::setCurrent(nullptr);
-    RandomSource::setInstance(nullptr);
-    Clock::setInstance(nullptr);
-}
-
-void TestEnginePaths::freshWorld()
-{
-    m_random = std::make_unique<SeededRandomSource>(11);
-    RandomSource::setInstance(m_random.get());
+    QTemporaryDir settings;
+    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, settings.path());
+    ManualClock clock(QDateTime(QDate(2026, 11, 22), QTime(12, 0), Qt::UTC));
+    SeededRandomSource random(11);
+    Clock::setInstance(&clock);
+    RandomSource::setInstance(&random);
     WirelessBackend::setCurrent(SimulatedBackend::createDefault(3));
-    m_preferences = std::make_unique<PreferenceStore>();
-}
-
-QString TestEnginePaths::runWindow(int cycles, const QString &filter)
-{
-    freshWorld();
-    StreamAlertPresenter alerts(false);
-    AppDelegate::Options options;
-    options.alerts = &alerts;
-    options.preferences = m_preferences.get();
-    options.runStartupProbe = false;
-    options.startTimer = false;
-    AppDelegate app(options);
-    app.engine()->setSearchText(filter);
-    app.applicationDidFinishLaunching();
-    for (int i = 1; i < cycles; ++i)
-        app.performUpdateCycle();
-    return ExportDocument::tabSeparated(app.networks(), app.filteredNetworks()) +
-           ExportDocument::html(app.networks(), app.filteredNetworks());
-}
-
-QString TestEnginePaths::runHeadless(int cycles, const QString &filter)
-{
-    freshWorld();
+    auto reset = qScopeGuard([] {
+        WirelessBackend::setCurrent(nullptr);
+        RandomSource::setInstance(nullptr);
+        Clock::setInstance(nullptr);
+    });
+    PreferenceStore preferences;
+    auto documents = [](const SurveyEngine &engine) {
+        return ExportDocument::tabSeparated(engine.networks(), engine.filteredNetworks()) +
+               ExportDocument::html(engine.networks(), engine.filteredNetworks());
+    };
+    if (window) {
+        StreamAlertPresenter alerts(false);
+        AppDelegate::Options options;
+        options.alerts = &alerts;
+        options.preferences = &preferences;
+        options.runStartupProbe = false;
+        options.startTimer = false;
+        AppDelegate app(options);
+        app.engine()->setSearchText(filter);
+        app.applicationDidFinishLaunching();
+        for (int i = 1; i < cycles; ++i)
+            app.performUpdateCycle();
+        return documents(*app.engine());
+    }
     HeadlessRunner::Options options;
     options.cycles = cycles;
     options.interval = 0;
     options.filter = filter;
     options.progress = false;
-    HeadlessRunner runner(options, m_preferences.get());
+    HeadlessRunner runner(options, &preferences);
     QSignalSpy finished(&runner, &HeadlessRunner::finished);
-    if (!runner.start())
-        return QStringLiteral("did not start");
-    if (finished.isEmpty() && !finished.wait(10000))
+    if (!runner.start() || (finished.isEmpty() && !finished.wait(10000)))
         return QStringLiteral("did not finish");
     if (runner.cyclesRun() != cycles)
         return QStringLiteral("ran %1 cycles").arg(runner.cyclesRun());
-    const SurveyEngine &engine = *runner.engine();
-    return ExportDocument::tabSeparated(engine.networks(), engine.filteredNetworks()) +
-           ExportDocument::html(engine.networks(), engine.filteredNetworks());
+    return documents(*runner.engine());
 }
+} // namespace
+
+class TestEnginePaths : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void windowAndHeadlessEndWithTheSameRows_data();
+    void windowAndHeadlessEndWithTheSameRows();
+};
 
 void TestEnginePaths::windowAndHeadlessEndWithTheSameRows_data()
 {
@@ -111,10 +88,9 @@ void TestEnginePaths::windowAndHeadlessEndWithTheSameRows()
 {
     QFETCH(int, cycles);
     QFETCH(QString, filter);
-    const QString window = runWindow(cycles, filter);
-    const QString headless = runHeadless(cycles, filter);
+    const QString window = run(true, cycles, filter);
     QVERIFY(window.contains(QLatin1String("<tr>")));
-    QCOMPARE(headless, window);
+    QCOMPARE(run(false, cycles, filter), window);
 }
 
 QTEST_MAIN(TestEnginePaths)
