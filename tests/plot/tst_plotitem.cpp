@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "plot/GraphFrame.h"
 #include "plot/PlotItem.h"
 #include "plot/PlotTheme.h"
 #include "plot/PlotView.h"
@@ -11,22 +10,6 @@
 #include <QLineSeries>
 #include <QtTest>
 
-#include <set>
-
-namespace {
-
-int distinctColours(const QImage &image)
-{
-    std::set<QRgb> colours;
-    for (int y = 0; y < image.height(); y += 3) {
-        for (int x = 0; x < image.width(); x += 3)
-            colours.insert(image.pixel(x, y));
-    }
-    return int(colours.size());
-}
-
-} // namespace
-
 class TestPlotItem : public QObject
 {
     Q_OBJECT
@@ -35,7 +18,6 @@ private Q_SLOTS:
     void applyThemeKinds();
     void killGraphLeavesNothingBehind();
     void hostingViewFollowsParent();
-    void imageIsRenderedOffScreen();
 };
 
 void TestPlotItem::applyThemeKinds()
@@ -119,28 +101,6 @@ void TestPlotItem::hostingViewFollowsParent()
     QCOMPARE(view->geometry(), QRect(0, 0, 300, 200));
     host.resize(640, 480);
     QCOMPARE(view->geometry(), QRect(0, 0, 640, 480));
-
-    // Rendering into no view at all leaves an unparented, empty hosting view.
-    plot.renderInView(nullptr, nullptr, false);
-    QVERIFY(plot.defaultLayerHostingView());
-    QCOMPARE(plot.defaultLayerHostingView()->parentWidget(), nullptr);
-    // The graph was built for zero bounds (a parentless view may not be 0 x 0 itself).
-    QCOMPARE(GraphFrame::find(plot.graph())->padding(), QMarginsF(0, 0, 0, 0));
-    QCOMPARE(host.findChildren<QChartView *>().size(), 0);
-}
-
-void TestPlotItem::imageIsRenderedOffScreen()
-{
-    FakePlotDelegate delegate;
-    RealTimePlot plot;
-    plot.setDelegate(&delegate);
-    const QImage image = plot.image();
-    QCOMPARE(image.size(), QSize(PlotItem::kImageWidth, PlotItem::kImageHeight));
-    QVERIFY2(distinctColours(image) > 20, "the off-screen image looks blank");
-    // Kept until the next teardown.
-    QCOMPARE(plot.image().cacheKey(), image.cacheKey());
-    plot.killGraph();
-    QVERIFY(plot.cachedImage().isNull());
 }
 
 QTEST_MAIN(TestPlotItem)
