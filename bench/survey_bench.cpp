@@ -61,7 +61,7 @@ void merge(NetworkList &networks, const QList<CWNetworkRef> &scan, RandomSource 
 {
     const QDateTime now = kT0;
     for (const CWNetworkRef &result : scan) {
-        if (const NetworkObjectRef known = networks.networkWithBssid(result->bssid())) {
+        if (const NetworkObjectRef known = networks.networkForUpdate(result->bssid())) {
             known->updateWithCWNetwork(result, now);
             continue;
         }
@@ -71,7 +71,7 @@ void merge(NetworkList &networks, const QList<CWNetworkRef> &scan, RandomSource 
                                            float(0.6 + 0.4 * b / 9.0)));
         networks.append(created);
     }
-    networks.sortForDisplay(std::nullopt);
+    networks.sortChangedForDisplay(std::nullopt);
 }
 
 // The whole capture, back to back: CPU time per cycle (decoding the window included, and

@@ -59,6 +59,7 @@ AppDelegate::AppDelegate(const Options &options, QObject *parent)
         m_preferences = m_ownedPreferences.get();
     }
     m_engine = new SurveyEngine(m_preferences, m_alerts, this);
+    m_engine->setTracksChangedRecords(true);
     connect(m_engine, &SurveyEngine::listChanged, this, &AppDelegate::reloadTableData);
     connect(m_engine, &SurveyEngine::cycleFinished, this, &AppDelegate::cycleDidFinish);
     connect(m_engine, &SurveyEngine::radioOff, this, &AppDelegate::validateToolbar);
@@ -104,6 +105,11 @@ const QList<CWNetworkRef> &AppDelegate::scanResults() const
 const QList<quint64> &AppDelegate::filteredNetworks() const
 {
     return m_engine->filteredNetworks();
+}
+
+QSet<const NetworkObject *> AppDelegate::takeChangedRecords()
+{
+    return m_engine->takeChangedRecords();
 }
 
 quint64 AppDelegate::tickCount() const
@@ -200,8 +206,7 @@ void AppDelegate::cycleDidFinish()
 {
     if (m_signalPlot) {
         m_signalPlot->updateSignalPlot();
-        for (const NetworkObjectRef &record : networks())
-            m_signalPlot->setData(record->signals(), record->bssid());
+        handSignalsToPlot();
     }
     updateDetailPlot();
     ui->wiFiMapView->update();
@@ -210,6 +215,36 @@ void AppDelegate::cycleDidFinish()
     ui->channelOccupancyView->update();
     updateInterfaceInfoTab();
     validateToolbar();
+}
+
+void AppDelegate::handSignalsToPlot()
+{
+    // Every record's signals go to the plot under its BSSID. Only a BSSID that has a plot
+    // keeps them; for any other the plot merely resets its axes, which one call does as
+    // well as a hundred thousand. So the plotted networks get theirs, and the first record
+    // stands in for the rest. Repeated BSSIDs take the long way: there the last one wins.
+    const NetworkList &list = networks();
+    if (list.isEmpty())
+        return;
+    if (list.hasDuplicateBssids()) {
+        for (const NetworkObjectRef &record : list)
+            m_signalPlot->setData(record->signals(), record->bssid());
+        return;
+    }
+    bool handed = false;
+    const QStringList plotted = m_signalPlot->plotIdentifiers();
+    QSet<QString> done;
+    for (const QString &bssid : plotted) {
+        if (done.contains(bssid))
+            continue;
+        done.insert(bssid);
+        if (const NetworkObjectRef record = list.networkWithBssid(bssid)) {
+            m_signalPlot->setData(record->signals(), bssid);
+            handed = true;
+        }
+    }
+    if (!handed)
+        m_signalPlot->setData(list.at(0)->signals(), list.at(0)->bssid());
 }
 
 void AppDelegate::interfaceSelected()

@@ -98,6 +98,8 @@ public:
     void tableViewSelectionDidChange();
     void controlTextDidChange(QObject *sender);
     const QList<quint64> &filteredNetworks() const;
+    // The records changed since the table last asked (see SurveyEngine).
+    QSet<const NetworkObject *> takeChangedRecords();
     CWNetworkRef selectedNetwork() const { return m_selectedNetwork; }
     void setSelectedNetwork(const CWNetworkRef &network) { m_selectedNetwork = network; }
 
@@ -195,6 +197,7 @@ private:
     void writeExport(bool html);
     // After the engine's working cycle: plots, detail plot, views, interface tab.
     void cycleDidFinish();
+    void handSignalsToPlot();
     // A long action of the sheets and the toolbar: holds the ticks until it answers.
     void beginAction();
     void endAction();

@@ -110,11 +110,7 @@ NetworkObjectRef AppDelegate::networkOfCurrentInterface() const
     const std::optional<QString> bssid = iface().bssid();
     if (!bssid)
         return nullptr;
-    for (const NetworkObjectRef &record : networks()) {
-        if (record->bssid() == *bssid)
-            return record;
-    }
-    return nullptr;
+    return networks().networkWithBssid(*bssid);
 }
 
 QString AppDelegate::stringForOpMode(const std::optional<int> &opMode)

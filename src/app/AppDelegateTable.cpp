@@ -56,7 +56,16 @@ void AppDelegate::reloadTableData()
     const QString selected = m_selectedNetwork->bssid();
     const NetworkList &list = networks();
     const QList<quint64> &rows = filteredNetworks();
-    for (int row = 0; row < m_tableModel->rowCount(); ++row) {
+    // Without repeated BSSIDs the first row with the selected BSSID is the row of the one
+    // record with it: found among the rows' records, not by reading each record.
+    int from = 0;
+    if (!list.hasDuplicateBssids()) {
+        const NetworkObjectRef record = list.networkWithBssid(selected);
+        from = record ? m_tableModel->rowOfRecord(record.get()) : -1;
+        if (from < 0)
+            return;
+    }
+    for (int row = from; row < m_tableModel->rowCount(); ++row) {
         const quint64 i = rows.at(row);
         if (i < quint64(list.size()) && list.at(qsizetype(i))->bssid() == selected) {
             QItemSelectionModel *selection = table->selectionModel();
@@ -141,6 +150,7 @@ void AppDelegate::setObjectValue(const QVariant &value, const QString &identifie
             if (record->bssid() == bssid) {
                 const QString comment = value.toString();
                 record->setComment(comment);
+                m_engine->noteRecordChanged(record.get());
                 m_preferences->setComment(record->bssid(), comment);
                 break;
             }

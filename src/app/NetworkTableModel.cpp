@@ -122,31 +122,32 @@ QVariant NetworkTableModel::headerData(int section, Qt::Orientation orientation,
     return {};
 }
 
-NetworkTableModel::Row NetworkTableModel::rowOf(const NetworkObject &record)
-{
-    return Row{&record, record.cwNetwork().get(), record.comment()};
-}
-
-QList<NetworkTableModel::Row> NetworkTableModel::currentRows() const
+NetworkTableModel::Rows NetworkTableModel::currentRows() const
 {
     const NetworkList &list = m_controller->networks();
-    QList<Row> rows;
     const QList<quint64> &filtered = m_controller->filteredNetworks();
-    rows.reserve(filtered.size());
+    Rows rows;
+    rows.reserve(std::size_t(filtered.size()));
     for (quint64 i : filtered) {
         // A row past the list reads as empty cells, as the data source answers for it.
-        rows.append(i < quint64(list.size()) ? rowOf(*list.at(qsizetype(i))) : Row{});
+        rows.push_back(i < quint64(list.size()) ? list.at(qsizetype(i)).get() : nullptr);
     }
     return rows;
 }
 
-namespace {
-// Whether `part` is `whole` with some rows left out, order kept (records compared).
-template <typename Row> bool isSubsequence(const QList<Row> &part, const QList<Row> &whole)
+int NetworkTableModel::rowOfRecord(const NetworkObject *record) const
 {
-    qsizetype matched = 0;
-    for (const Row &row : whole) {
-        if (matched < part.size() && row.record == part.at(matched).record)
+    const auto it = std::find(m_rows.begin(), m_rows.end(), record);
+    return record && it != m_rows.end() ? int(it - m_rows.begin()) : -1;
+}
+
+namespace {
+// Whether `part` is `whole` with some rows left out, order kept.
+template <typename Rows> bool isSubsequence(const Rows &part, const Rows &whole)
+{
+    std::size_t matched = 0;
+    for (const auto *row : whole) {
+        if (matched < part.size() && row == part[matched])
             ++matched;
     }
     return matched == part.size();
@@ -154,95 +155,106 @@ template <typename Row> bool isSubsequence(const QList<Row> &part, const QList<R
 } // namespace
 
 // The rows as they were, in the same order, with new ones between them: insert those.
-bool NetworkTableModel::applyInsertions(const QList<Row> &now)
+bool NetworkTableModel::applyInsertions(const Rows &now,
+                                        std::vector<const NetworkObject *> *inserted)
 {
     if (!isSubsequence(m_rows, now))
         return false;
-    const QList<Row> old = m_rows;
-    qsizetype j = 0;
-    for (qsizetype i = 0; i < now.size();) {
-        if (j < old.size() && now.at(i).record == old.at(j).record) {
+    const Rows old = m_rows;
+    std::size_t j = 0;
+    for (std::size_t i = 0; i < now.size();) {
+        if (j < old.size() && now[i] == old[j]) {
             ++i;
             ++j;
             continue;
         }
-        qsizetype end = i;
-        while (end < now.size() && (j >= old.size() || now.at(end).record != old.at(j).record))
+        std::size_t end = i;
+        while (end < now.size() && (j >= old.size() || now[end] != old[j]))
             ++end;
         beginInsertRows({}, int(i), int(end - 1));
-        m_rows.insert(i, end - i, Row{});
-        for (qsizetype k = i; k < end; ++k)
-            m_rows[k] = now.at(k);
+        m_rows.insert(m_rows.begin() + qsizetype(i), now.begin() + qsizetype(i),
+                      now.begin() + qsizetype(end));
         endInsertRows();
+        inserted->insert(inserted->end(), now.begin() + qsizetype(i), now.begin() + qsizetype(end));
         i = end;
     }
     return true;
 }
 
 // Some of the rows as they were, in the same order, and nothing new: remove the rest.
-bool NetworkTableModel::applyRemovals(const QList<Row> &now)
+bool NetworkTableModel::applyRemovals(const Rows &now)
 {
     if (!isSubsequence(now, m_rows))
         return false;
-    const QList<Row> old = m_rows;
-    qsizetype i = 0; // row in `now`, and in the model as far as it is done
-    for (qsizetype j = 0; j < old.size();) {
-        if (i < now.size() && old.at(j).record == now.at(i).record) {
+    const Rows old = m_rows;
+    std::size_t i = 0; // row in `now`, and in the model as far as it is done
+    for (std::size_t j = 0; j < old.size();) {
+        if (i < now.size() && old[j] == now[i]) {
             ++i;
             ++j;
             continue;
         }
-        qsizetype count = 0;
-        while (j < old.size() && (i >= now.size() || old.at(j).record != now.at(i).record)) {
+        std::size_t count = 0;
+        while (j < old.size() && (i >= now.size() || old[j] != now[i])) {
             ++j;
             ++count;
         }
         beginRemoveRows({}, int(i), int(i + count - 1));
-        m_rows.remove(i, count);
+        m_rows.erase(m_rows.begin() + qsizetype(i), m_rows.begin() + qsizetype(i + count));
         endRemoveRows();
     }
     return true;
 }
 
-void NetworkTableModel::emitChangedRows(const QList<Row> &now)
+void NetworkTableModel::emitChangedRows(std::vector<const NetworkObject *> changed)
 {
+    std::sort(changed.begin(), changed.end());
     qsizetype first = -1;
     auto flush = [&](qsizetype endRow) {
         if (first >= 0)
             Q_EMIT dataChanged(index(int(first), 0), index(int(endRow - 1), ColumnCount - 1));
         first = -1;
     };
-    for (qsizetype i = 0; i < now.size(); ++i) {
-        const Row &was = m_rows.at(i);
-        const Row &is = now.at(i);
-        const bool changed = was.scanned != is.scanned || was.comment != is.comment;
-        m_rows[i] = is;
-        if (changed && first < 0)
-            first = i;
-        else if (!changed)
-            flush(i);
+    const qsizetype n = qsizetype(m_rows.size());
+    if (!changed.empty()) {
+        for (qsizetype i = 0; i < n; ++i) {
+            const NetworkObject *record = m_rows[std::size_t(i)];
+            const bool isChanged =
+                record && std::binary_search(changed.begin(), changed.end(), record);
+            if (isChanged && first < 0)
+                first = i;
+            else if (!isChanged)
+                flush(i);
+        }
+        flush(n);
     }
-    flush(now.size());
     // "Last Seen" counts from now, so it moves on in every row.
-    if (!now.isEmpty())
-        Q_EMIT dataChanged(index(0, LastSeenColumn), index(int(now.size() - 1), LastSeenColumn));
+    if (n > 0)
+        Q_EMIT dataChanged(index(0, LastSeenColumn), index(int(n - 1), LastSeenColumn));
 }
 
 void NetworkTableModel::reload()
 {
     m_reloading = true;
     auto done = qScopeGuard([this] { m_reloading = false; });
-    const QList<Row> now = currentRows();
-    const bool sameOrder =
-        now.size() == m_rows.size() &&
-        std::equal(now.begin(), now.end(), m_rows.begin(),
-                   [](const Row &a, const Row &b) { return a.record == b.record; });
-    if (!sameOrder && !(now.size() > m_rows.size() && applyInsertions(now)) &&
+    const Rows now = currentRows();
+    const QSet<const NetworkObject *> taken = m_controller->takeChangedRecords();
+    std::vector<const NetworkObject *> changed(taken.begin(), taken.end());
+    std::vector<const NetworkObject *> inserted;
+    const bool sameOrder = now == m_rows;
+    if (!sameOrder && !(now.size() > m_rows.size() && applyInsertions(now, &inserted)) &&
         !(now.size() < m_rows.size() && applyRemovals(now))) {
         beginResetModel();
         m_rows = now;
         endResetModel();
         return;
     }
-    emitChangedRows(now);
+    // Rows inserted just now are new to the view already.
+    if (!inserted.empty()) {
+        std::sort(inserted.begin(), inserted.end());
+        std::erase_if(changed, [&inserted](const NetworkObject *record) {
+            return std::binary_search(inserted.begin(), inserted.end(), record);
+        });
+    }
+    emitChangedRows(std::move(changed));
 }

@@ -6,6 +6,7 @@
 #include <QStringList>
 
 #include <optional>
+#include <vector>
 
 class AppDelegate;
 class NetworkObject;
@@ -49,26 +50,22 @@ public:
 
     // Brings the rows in step with the controller's filtered list: rows that appeared are
     // inserted and rows that went are removed (so the view keeps its scroll position and
-    // selection), changed rows get a dataChanged of their own; only a list that was
-    // rebuilt in another order is reset.
+    // selection), rows whose record changed since the last reload get a dataChanged of their
+    // own; only a list that was rebuilt in another order is reset. Records are compared by
+    // identity only: what changed in them the controller says (takeChangedRecords()).
     void reload();
     bool isReloading() const { return m_reloading; }
+    // The first row showing `record`, or -1.
+    int rowOfRecord(const NetworkObject *record) const;
 
 private:
-    // What a row showed when it was last read, to tell which rows changed.
-    struct Row
-    {
-        const NetworkObject *record = nullptr;
-        const void *scanned = nullptr; // the latest scan result: a new one per update
-        std::optional<QString> comment;
-    };
-    static Row rowOf(const NetworkObject &record);
-    QList<Row> currentRows() const;
-    bool applyInsertions(const QList<Row> &now);
-    bool applyRemovals(const QList<Row> &now);
-    void emitChangedRows(const QList<Row> &now);
+    using Rows = std::vector<const NetworkObject *>;
+    Rows currentRows() const;
+    bool applyInsertions(const Rows &now, std::vector<const NetworkObject *> *inserted);
+    bool applyRemovals(const Rows &now);
+    void emitChangedRows(std::vector<const NetworkObject *> changed);
 
     AppDelegate *m_controller;
-    QList<Row> m_rows;
+    Rows m_rows; // the record each row showed at the last reload (null: past the list)
     bool m_reloading = false;
 };

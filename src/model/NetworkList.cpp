@@ -3,8 +3,6 @@
 
 #include "util/SafeSort.h"
 
-#include <vector>
-
 namespace {
 
 bool isCurrent(const QString &bssid, const std::optional<QString> &currentBssid)
@@ -29,20 +27,46 @@ int compareKeys(bool aCurrent, const std::optional<QString> &aName, bool bCurren
     return (c > 0) - (c < 0);
 }
 
+// Units i..i+3 of `text`, the first in the highest bits, missing ones as 0. Two texts
+// whose packs differ compare as their packs do: at the first differing unit either both
+// have a unit, or the shorter text ended there and the other has a unit above 0 (a unit 0
+// packs like the end and leaves the packs equal).
+quint64 packUnits(const QString &text, qsizetype i)
+{
+    quint64 packed = 0;
+    for (qsizetype k = i; k < i + 4; ++k)
+        packed = (packed << 16) | (k < text.size() ? text.at(k).unicode() : 0u);
+    return packed;
+}
+
 } // namespace
+
+void NetworkList::reserve(qsizetype n)
+{
+    m_items.reserve(n);
+    m_slots.reserve(std::size_t(n));
+    m_keys.reserve(std::size_t(n));
+    m_records.reserve(std::size_t(n));
+}
 
 void NetworkList::append(NetworkObjectRef record)
 {
     // A null entry would only be a trap for every reader of the list.
     if (!record)
         return;
+    const quint32 slot = quint32(m_keys.size());
     const QString bssid = record->bssid();
     auto it = m_byBssid.constFind(bssid);
     if (it == m_byBssid.constEnd())
-        m_byBssid.insert(bssid, record);
+        m_byBssid.insert(bssid, slot);
     else
         m_hasDuplicateBssids = true;
+    m_keys.emplace_back();
+    m_records.push_back(record);
+    m_slots.push_back(slot);
+    m_changed.push_back(slot);
     m_items.append(std::move(record));
+    m_sorted = false;
 }
 
 NetworkObjectRef NetworkList::networkWithBssid(const QString &bssid) const
@@ -52,13 +76,35 @@ NetworkObjectRef NetworkList::networkWithBssid(const QString &bssid) const
         return nullptr;
     // A record's BSSID is fixed once it is set, but setBssid() exists; if someone moved
     // it anyway, answer as the plain search would.
-    if (it.value()->bssid() == bssid)
-        return it.value();
+    const NetworkObjectRef &found = m_records[it.value()];
+    if (found->bssid() == bssid)
+        return found;
     for (const NetworkObjectRef &record : m_items) {
         if (record->bssid() == bssid)
             return record;
     }
     return nullptr;
+}
+
+NetworkObjectRef NetworkList::networkForUpdate(const QString &bssid)
+{
+    NetworkObjectRef record = networkWithBssid(bssid);
+    if (record) {
+        const auto it = m_byBssid.constFind(bssid);
+        if (m_records[it.value()] == record)
+            m_changed.push_back(it.value());
+        else
+            m_refreshAll = true; // found the slow way: the next sort re-reads everything
+    }
+    return record;
+}
+
+quint32 NetworkList::slotOf(const NetworkObject *record) const
+{
+    if (!record)
+        return kNoSlot;
+    const quint32 slot = m_byBssid.value(record->bssid(), kNoSlot);
+    return slot != kNoSlot && m_records[slot].get() == record ? slot : kNoSlot;
 }
 
 int NetworkList::compareForDisplay(const NetworkObject &a, const NetworkObject &b,
@@ -68,40 +114,145 @@ int NetworkList::compareForDisplay(const NetworkObject &a, const NetworkObject &
                        isCurrent(b.bssid(), currentBssid), b.name());
 }
 
+bool NetworkList::refreshKey(quint32 slot)
+{
+    const std::optional<QString> name = m_records[slot]->name();
+    SortKey &key = m_keys[slot];
+    if (key.hasName == name.has_value() && (!name || key.name == *name))
+        return false;
+    key.hasName = name.has_value();
+    if (!name) {
+        key = SortKey();
+        return true;
+    }
+    auto interned = m_names.constFind(*name);
+    if (interned == m_names.constEnd())
+        interned = m_names.insert(*name);
+    key.name = *interned;
+    key.head = packUnits(key.name, 0);
+    key.tail = packUnits(key.name, 4);
+    return true;
+}
+
+quint32 NetworkList::currentSlot(const std::optional<QString> &currentBssid) const
+{
+    if (!currentBssid || currentBssid->isEmpty())
+        return kNoSlot;
+    return m_byBssid.value(*currentBssid, kNoSlot);
+}
+
+void NetworkList::sortByKeys(quint32 current)
+{
+    // Places, not records, are sorted: the records follow once the order stands. The
+    // answers are those of compareForDisplay().
+    const auto less = [this, current](quint32 a, quint32 b) {
+        if (a == current)
+            return true;
+        if (b == current)
+            return false;
+        const SortKey &x = m_keys[a];
+        const SortKey &y = m_keys[b];
+        if (!x.hasName || !y.hasName)
+            return false;
+        if (x.head != y.head)
+            return x.head < y.head;
+        if (x.tail != y.tail)
+            return x.tail < y.tail;
+        if (x.name.constData() == y.name.constData() && x.name.size() == y.name.size())
+            return false;
+        return QString::compare(x.name, y.name, Qt::CaseSensitive) < 0;
+    };
+    struct Place
+    {
+        quint32 slot;
+        quint32 place;
+    };
+    const qsizetype n = m_items.size();
+    std::vector<Place> order(static_cast<std::size_t>(n));
+    for (qsizetype i = 0; i < n; ++i)
+        order[std::size_t(i)] = {m_slots[std::size_t(i)], quint32(i)};
+    safeStableSort(order.begin(), order.end(),
+                   [&less](const Place &a, const Place &b) { return less(a.slot, b.slot); });
+    QList<NetworkObjectRef> sorted;
+    sorted.reserve(m_items.capacity());
+    std::vector<quint32> slots;
+    slots.reserve(m_slots.capacity());
+    for (const Place &p : order) {
+        sorted.append(std::move(m_items[p.place]));
+        slots.push_back(p.slot);
+    }
+    m_items = std::move(sorted);
+    m_slots = std::move(slots);
+    m_sortedCurrent = current;
+    m_sorted = true;
+    m_refreshAll = false;
+    m_changed.clear();
+}
+
 void NetworkList::sortForDisplay(const std::optional<QString> &currentBssid)
 {
-    // The keys are taken once per record rather than once per comparison, and the sort
-    // moves small index entries; the answers are those of compareForDisplay().
+    for (quint32 slot = 0; slot < quint32(m_keys.size()); ++slot)
+        refreshKey(slot);
+    if (!m_hasDuplicateBssids) {
+        sortByKeys(currentSlot(currentBssid));
+        return;
+    }
+
+    // With duplicates more than one record may be current: the keys are taken the long
+    // way, and "the first with this BSSID" depends on the order made.
     const qsizetype n = m_items.size();
     std::vector<std::optional<QString>> names;
-    names.reserve(static_cast<std::size_t>(n));
+    names.reserve(std::size_t(n));
     struct Key
     {
         qsizetype index;
         bool current;
     };
     std::vector<Key> keys;
-    keys.reserve(static_cast<std::size_t>(n));
+    keys.reserve(std::size_t(n));
     for (qsizetype i = 0; i < n; ++i) {
         const NetworkObject &record = *m_items.at(i);
         names.push_back(record.name());
         keys.push_back({i, isCurrent(record.bssid(), currentBssid)});
     }
     safeStableSort(keys.begin(), keys.end(), [&names](const Key &a, const Key &b) {
-        return compareKeys(a.current, names[static_cast<std::size_t>(a.index)], b.current,
-                           names[static_cast<std::size_t>(b.index)]) < 0;
+        return compareKeys(a.current, names[std::size_t(a.index)], b.current,
+                           names[std::size_t(b.index)]) < 0;
     });
     QList<NetworkObjectRef> sorted;
     sorted.reserve(m_items.capacity());
-    for (const Key &key : keys)
+    std::vector<quint32> slots;
+    slots.reserve(m_slots.capacity());
+    for (const Key &key : keys) {
         sorted.append(std::move(m_items[key.index]));
-    m_items = std::move(sorted);
-
-    if (m_hasDuplicateBssids) {
-        // With duplicates, "the first with this BSSID" depends on the order just made.
-        // Walking backwards, the last insert() for a BSSID is its first record.
-        m_byBssid.clear();
-        for (auto it = m_items.crbegin(); it != m_items.crend(); ++it)
-            m_byBssid.insert((*it)->bssid(), *it);
+        slots.push_back(m_slots[std::size_t(key.index)]);
     }
+    m_items = std::move(sorted);
+    m_slots = std::move(slots);
+    m_sortedCurrent = kNoSlot;
+    m_sorted = false; // the next sort of changes starts over
+    m_changed.clear();
+    // Walking backwards, the last insert() for a BSSID is its first record.
+    m_byBssid.clear();
+    for (auto it = m_slots.crbegin(); it != m_slots.crend(); ++it)
+        m_byBssid.insert(m_records[*it]->bssid(), *it);
+}
+
+bool NetworkList::sortChangedForDisplay(const std::optional<QString> &currentBssid)
+{
+    if (m_hasDuplicateBssids || m_refreshAll) {
+        sortForDisplay(currentBssid);
+        return true;
+    }
+    bool keysChanged = false;
+    for (const quint32 slot : m_changed)
+        keysChanged = refreshKey(slot) || keysChanged;
+    m_changed.clear();
+    const quint32 current = currentSlot(currentBssid);
+    // Sorting its own result again would move nothing: every neighbour is already in order
+    // (the comparison is antisymmetric once no BSSID repeats).
+    if (m_sorted && !keysChanged && current == m_sortedCurrent)
+        return false;
+    sortByKeys(current);
+    return true;
 }

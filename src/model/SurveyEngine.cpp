@@ -141,8 +141,9 @@ void SurveyEngine::mergeScan()
     for (const CWNetworkRef &network : std::as_const(m_scanResults)) {
         if (!network)
             continue;
-        if (NetworkObjectRef record = m_networks.networkWithBssid(network->bssid())) {
+        if (NetworkObjectRef record = m_networks.networkForUpdate(network->bssid())) {
             record->updateWithCWNetwork(network, now);
+            noteChanged(record.get());
             continue;
         }
         NetworkObjectRef record = NetworkObject::objectWithCWNetwork(network, now);
@@ -154,11 +155,13 @@ void SurveyEngine::mergeScan()
         record->setColor(QColor::fromHsvF(float(i / 49.0), float(j / 9.0 * 0.4 + 0.6),
                                           float(k / 9.0 * 0.4 + 0.6), 1.0f));
         record->setComment(m_preferences->commentForBssid(record->bssid()));
+        noteChanged(record.get());
         m_networks.append(record);
     }
 
-    // The associated network first, then by name.
-    m_networks.sortForDisplay(iface().bssid());
+    // The associated network first, then by name. Only the records this scan touched are
+    // read again; the rest keep their names until they are heard.
+    m_networks.sortChangedForDisplay(iface().bssid());
     reloadAfterMerge();
 }
 
@@ -190,20 +193,74 @@ void SurveyEngine::scan()
                      });
 }
 
+bool SurveyEngine::matchesSearch(const NetworkObject &record) const
+{
+    const QString &text = m_searchText;
+    return text.isEmpty() ||
+           (record.name() && StringUtil::containsStringIgnoreCase(*record.name(), text)) ||
+           StringUtil::containsStringIgnoreCase(record.bssid(), text) ||
+           (record.comment() && StringUtil::containsStringIgnoreCase(*record.comment(), text));
+}
+
 void SurveyEngine::filterNetworks()
 {
+    const qsizetype n = m_networks.size();
     m_filteredNetworks.clear();
-    const QString &text = m_searchText;
-    m_filteredNetworks.reserve(m_networks.size());
-    for (qsizetype i = 0; i < m_networks.size(); ++i) {
-        const NetworkObject &record = *m_networks.at(i);
-        if (text.isEmpty() ||
-            (record.name() && StringUtil::containsStringIgnoreCase(*record.name(), text)) ||
-            StringUtil::containsStringIgnoreCase(record.bssid(), text) ||
-            (record.comment() && StringUtil::containsStringIgnoreCase(*record.comment(), text)))
+    m_filteredNetworks.reserve(n);
+    if (m_searchText.isEmpty()) {
+        // Every record, without reading one.
+        for (qsizetype i = 0; i < n; ++i)
+            m_filteredNetworks.append(quint64(i));
+        m_matchedText.clear();
+        m_changedSinceFilter.clear();
+        Q_EMIT listChanged();
+        return;
+    }
+
+    // A record's answer changes only with its name or comment (the BSSID is fixed), so only
+    // the records changed since the last run are asked again, unless the text is new. With
+    // repeated BSSIDs a slot cannot be found from a record: everything is asked.
+    const quint32 slots = m_networks.slotCount();
+    bool everything = m_searchText != m_matchedText || m_networks.hasDuplicateBssids();
+    std::vector<quint32> changed;
+    for (const NetworkObject *record : m_changedSinceFilter) {
+        if (everything)
+            break;
+        const quint32 slot = m_networks.slotOf(record);
+        everything = slot == NetworkList::kNoSlot;
+        changed.push_back(slot);
+    }
+    const std::size_t known = everything ? 0 : m_matchBySlot.size();
+    m_matchBySlot.resize(slots);
+    for (qsizetype i = 0; i < n; ++i) {
+        const quint32 slot = m_networks.slotAt(i);
+        if (slot >= known)
+            m_matchBySlot[slot] = matchesSearch(*m_networks.at(i));
+    }
+    if (!everything) {
+        for (const quint32 slot : changed)
+            m_matchBySlot[slot] = matchesSearch(*m_networks.recordAtSlot(slot));
+    }
+    m_matchedText = m_searchText;
+    m_changedSinceFilter.clear();
+    for (qsizetype i = 0; i < n; ++i) {
+        if (m_matchBySlot[m_networks.slotAt(i)])
             m_filteredNetworks.append(quint64(i));
     }
     Q_EMIT listChanged();
+}
+
+void SurveyEngine::noteChanged(const NetworkObject *record)
+{
+    m_changedSinceFilter.push_back(record);
+    if (m_tracksChanges)
+        m_changed.insert(record);
+}
+
+void SurveyEngine::noteRecordChanged(const NetworkObject *record)
+{
+    if (record)
+        noteChanged(record);
 }
 
 NetworkObjectRef SurveyEngine::networkWithBssid(const QString &bssid) const

@@ -7,9 +7,12 @@
 
 #include <QList>
 #include <QObject>
+#include <QSet>
 #include <QString>
 
 #include <functional>
+#include <utility>
+#include <vector>
 
 class AlertPresenter;
 class PreferenceStore;
@@ -62,6 +65,13 @@ public:
     void scan();
     void filterNetworks();
     NetworkObjectRef networkWithBssid(const QString &bssid) const;
+    // A record changed outside a merge (its comment was edited): the next filter run and
+    // the next takeChangedRecords() see it.
+    void noteRecordChanged(const NetworkObject *record);
+    // With tracking on, every record a merge updated or created, and every one noted as
+    // changed, is kept until taken; the table asks for them instead of reading every row.
+    void setTracksChangedRecords(bool on) { m_tracksChanges = on; }
+    QSet<const NetworkObject *> takeChangedRecords() { return std::exchange(m_changed, {}); }
 
     // Something modal or long is pending (an alert, a join, a save dialog): ticks wait.
     void hold();
@@ -89,6 +99,8 @@ private:
     std::function<void()> holdUntilDismissed();
     void mergeScan();
     void reloadAfterMerge();
+    void noteChanged(const NetworkObject *record);
+    bool matchesSearch(const NetworkObject &record) const;
 
     PreferenceStore *m_preferences;
     AlertPresenter *m_alerts;
@@ -98,6 +110,13 @@ private:
     QList<CWNetworkRef> m_scanResults;
     QList<quint64> m_filteredNetworks;
     QString m_searchText;
+    // Whether each record (by its slot in the list) matches m_matchedText; records changed
+    // since the last filter run are read again, all of them when the text changes.
+    std::vector<char> m_matchBySlot;
+    QString m_matchedText;
+    std::vector<const NetworkObject *> m_changedSinceFilter;
+    QSet<const NetworkObject *> m_changed;
+    bool m_tracksChanges = false;
     quint64 m_tickCount = 0;
     int m_holds = 0;
     bool m_updating = false;

@@ -31,6 +31,7 @@ class TestTable : public QObject
 private Q_SLOTS:
     void filterMatchesNameBssidAndComment_data();
     void filterMatchesNameBssidAndComment();
+    void filterAsksChangedNetworksAgain();
     void cellsByIdentifier();
     void commentEditPersistsAcrossRestart();
     void selectionFollowsTheNetwork();
@@ -68,6 +69,28 @@ void TestTable::filterMatchesNameBssidAndComment()
     QCOMPARE(h.app().numberOfRowsInTableView(), 3);
     h.app().performUpdateCycle();
     QCOMPARE(h.rowNames(), rows);
+}
+
+// Under the same text, a network renamed by a scan is asked again, and so is one whose
+// comment was edited while it was not heard; the rest keep their answers.
+void TestTable::filterAsksChangedNetworksAgain()
+{
+    AppHarness h;
+    h.launchWith({FakeBackend::network(kA, QStringLiteral("Alpha")),
+                  FakeBackend::network(kB, QStringLiteral("Bravo"))});
+    h.find<QLineEdit>("searchField")->setText(QStringLiteral("bravo"));
+    h.backend->scans = {{FakeBackend::network(kA, QStringLiteral("Bravo Two"))},
+                        {FakeBackend::network(kA, QStringLiteral("Alpha"))},
+                        {FakeBackend::network(kB, QStringLiteral("Bravo"))}};
+    h.app().performUpdateCycle();
+    QCOMPARE(h.rowNames(), (QStringList{QStringLiteral("Bravo"), QStringLiteral("Bravo Two")}));
+    h.app().setSelectedNetwork(h.app().networkWithBssid(kA)->cwNetwork());
+    h.app().setObjectValue(QStringLiteral("bravo's neighbour"), QStringLiteral("comment"), 0);
+    h.app().performUpdateCycle();
+    QCOMPARE(h.rowNames(), (QStringList{QStringLiteral("Alpha"), QStringLiteral("Bravo")}));
+    h.app().setObjectValue(QStringLiteral("moved away"), QStringLiteral("comment"), 0);
+    h.app().performUpdateCycle();
+    QCOMPARE(h.rowNames(), QStringList{QStringLiteral("Bravo")});
 }
 
 void TestTable::cellsByIdentifier()

@@ -130,3 +130,44 @@ TEST(NetworkList, SortPutsTheAssociatedNetworkFirstThenNamesStably)
     EXPECT_EQ(list.count(), 5);
     EXPECT_EQ(list.at(0)->name(), QStringLiteral("Alpha"));
 }
+
+// A cycle re-reads only the records it appended or updated; the order must be the one a
+// full sort of every record gives, hidden names, renames and a moving current one included.
+TEST(NetworkList, SortingOnlyTheChangedRecordsGivesTheFullSortsOrder)
+{
+    SeededRandomSource random(11);
+    const std::optional<QString> names[] = {std::nullopt,
+                                            QStringLiteral(""),
+                                            QStringLiteral("ab"),
+                                            QString::fromUtf16(u"ab\0", 3),
+                                            QStringLiteral("B"),
+                                            QStringLiteral("neighbourhood 1"),
+                                            QStringLiteral("neighbourhood 10"),
+                                            QStringLiteral("neighbourhood 2")};
+    auto anyName = [&] { return names[random.uniform(0, 7)]; };
+    NetworkList full, changed;
+    QStringList bssids;
+    for (int round = 0; round < 80; ++round) {
+        for (int i = random.uniform(0, 12); i > 0; --i) {
+            const QString bssid =
+                QStringLiteral("00:00:00:00:%1").arg(bssids.size(), 5, 16, QLatin1Char('0'));
+            const NetworkObjectRef r = record(bssid, QByteArray("x"));
+            r->setName(anyName());
+            bssids << bssid;
+            full.append(r);
+            changed.append(r);
+        }
+        for (int i = random.uniform(0, 6); i > 0 && !bssids.isEmpty(); --i) {
+            const NetworkObjectRef r =
+                changed.networkForUpdate(bssids.at(random.uniform(0, int(bssids.size()) - 1)));
+            if (random.uniform(0, 1))
+                r->setName(anyName());
+        }
+        std::optional<QString> current;
+        if (!bssids.isEmpty() && random.uniform(0, 3))
+            current = bssids.at(random.uniform(0, int(bssids.size()) - 1));
+        full.sortForDisplay(current);
+        changed.sortChangedForDisplay(current);
+        ASSERT_EQ(changed.items(), full.items()) << "round " << round;
+    }
+}
