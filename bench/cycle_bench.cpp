@@ -4,6 +4,7 @@
 #include "app/AppDelegate.h"
 #include "prefs/PreferenceStore.h"
 #include "support/FakeBackend.h"
+#include "util/Clock.h"
 #include "util/StreamAlertPresenter.h"
 #include "wireless/WirelessBackend.h"
 
@@ -14,39 +15,61 @@
 #include <benchmark/benchmark.h>
 
 namespace {
-// `total` networks; each scan after the first (which hears them all) reports the next 200
-// of them in turn.
-std::shared_ptr<FakeBackend> rotatingBackend(int total)
+CWNetworkRef benchNetwork(int i, int nameNumber)
+{
+    CWNetwork::Data d;
+    d.ssidData = QStringLiteral("Network %1").arg(nameNumber).toUtf8();
+    d.bssid = QStringLiteral("02:00:00:%1:%2:%3")
+                  .arg((i >> 16) & 0xff, 2, 16, QLatin1Char('0'))
+                  .arg((i >> 8) & 0xff, 2, 16, QLatin1Char('0'))
+                  .arg(i & 0xff, 2, 16, QLatin1Char('0'));
+    d.rssiValue = -40 - i % 50;
+    d.noiseMeasurement = -92;
+    d.wlanChannel = CWChannel(1 + i % 11, kCWChannelBand2GHz, kCWChannelWidth20MHz);
+    d.phyModes = (1u << kCWPHYMode11g) | (1u << kCWPHYMode11n);
+    d.securities = 1u << kCWSecurityWPA2Personal;
+    return CWNetwork::create(d);
+}
+
+// `total` networks: once `everything` is set the next scan reports all of them, every other
+// scan the next 200 in turn, `newPerScan` of them never heard before.
+struct Rotation
 {
     QList<CWNetworkRef> all;
-    for (int i = 0; i < total; ++i) {
-        CWNetwork::Data d;
-        d.ssidData = QStringLiteral("Network %1").arg(i * 7919 % total).toUtf8();
-        d.bssid = QStringLiteral("02:00:00:%1:%2:%3")
-                      .arg((i >> 16) & 0xff, 2, 16, QLatin1Char('0'))
-                      .arg((i >> 8) & 0xff, 2, 16, QLatin1Char('0'))
-                      .arg(i & 0xff, 2, 16, QLatin1Char('0'));
-        d.rssiValue = -40 - i % 50;
-        d.noiseMeasurement = -92;
-        d.wlanChannel = CWChannel(1 + i % 11, kCWChannelBand2GHz, kCWChannelWidth20MHz);
-        d.phyModes = (1u << kCWPHYMode11g) | (1u << kCWPHYMode11n);
-        d.securities = 1u << kCWSecurityWPA2Personal;
-        all.append(CWNetwork::create(d));
-    }
-    auto backend = std::make_shared<FakeBackend>();
-    backend->currentSsid = *all.at(0)->ssid();
-    backend->currentBssid = all.at(0)->bssid();
-    backend->scanner = [all, next = -1](CWError *) mutable {
-        if (next < 0) {
-            next = 0;
+    int total = 0;
+    int newPerScan = 0;
+    int next = 0;
+    bool everything = false;
+
+    QList<CWNetworkRef> scan()
+    {
+        if (everything) {
+            everything = false;
             return all;
         }
         QList<CWNetworkRef> scan;
-        for (int k = 0; k < 200 && k < all.size(); ++k)
-            scan.append(all.at((next + k) % all.size()));
-        next = (next + 200) % all.size();
+        const int known = int(all.size());
+        for (int k = 0; k < 200 - newPerScan && k < known; ++k)
+            scan.append(all.at((next + k) % known));
+        next = (next + 200 - newPerScan) % known;
+        // New ones get names spread over the whole alphabet of the old ones.
+        for (int k = 0; k < newPerScan && all.size() < 0xffffff; ++k) {
+            const int i = int(all.size());
+            all.append(benchNetwork(i, int(quint32(i) * 2654435761u % quint32(total))));
+            scan.append(all.constLast());
+        }
         return scan;
-    };
+    }
+};
+
+std::shared_ptr<FakeBackend> rotatingBackend(const std::shared_ptr<Rotation> &rotation)
+{
+    for (int i = 0; i < rotation->total; ++i)
+        rotation->all.append(benchNetwork(i, i * 7919 % rotation->total));
+    auto backend = std::make_shared<FakeBackend>();
+    backend->currentSsid = *rotation->all.at(0)->ssid();
+    backend->currentBssid = rotation->all.at(0)->bssid();
+    backend->scanner = [rotation](CWError *) { return rotation->scan(); };
     return backend;
 }
 
@@ -61,12 +84,17 @@ QApplication &application()
     return *app;
 }
 
+// state.range(1) of the 200 networks of each scan are new: the list grows and is sorted
+// every cycle, as on a drive through a city.
 void BM_UpdateCycle(benchmark::State &state)
 {
     application();
     QTemporaryDir settings;
     QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, settings.path());
-    auto backend = rotatingBackend(int(state.range(0)));
+    auto rotation = std::make_shared<Rotation>();
+    rotation->total = int(state.range(0));
+    rotation->newPerScan = int(state.range(1));
+    auto backend = rotatingBackend(rotation);
     WirelessBackend::setCurrent(backend);
     PreferenceStore preferences;
     StreamAlertPresenter alerts(false);
@@ -75,14 +103,33 @@ void BM_UpdateCycle(benchmark::State &state)
     options.preferences = &preferences;
     options.runStartupProbe = false;
     options.startTimer = false;
+    // Two seconds between cycles, as with the default interval: only the networks of the
+    // latest scan count as heard for the plot.
+    ManualClock clock(QDateTime(QDate(2024, 5, 1), QTime(12, 0), Qt::UTC));
+    Clock::setInstance(&clock);
     {
         AppDelegate app(options);
-        app.applicationDidFinishLaunching(); // hears every network once
-        for (auto _ : state)
+        // Launched on a few networks (the plots then start with a few series, as when a
+        // survey grows), then one scan hears them all; the cycles measured merge 200 each.
+        app.applicationDidFinishLaunching();
+        rotation->everything = true;
+        app.performUpdateCycle();
+        for (auto _ : state) {
+            clock.advance(2000);
             app.performUpdateCycle();
+        }
         state.counters["records"] = double(app.networks().size());
     }
+    Clock::setInstance(nullptr);
     WirelessBackend::setCurrent(nullptr);
 }
-BENCHMARK(BM_UpdateCycle)->Arg(100)->Arg(1000)->Arg(10000)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_UpdateCycle)
+    ->ArgNames({"records", "new"})
+    ->Args({100, 0})
+    ->Args({1000, 0})
+    ->Args({10000, 0})
+    ->Args({100000, 0})
+    ->Args({10000, 20})
+    ->Args({100000, 20})
+    ->Unit(benchmark::kMillisecond);
 } // namespace

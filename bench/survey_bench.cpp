@@ -1,13 +1,16 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Large surveys: a synthetic city capture of N networks (three beacons each over 600 s,
-// tests/tools/CityCapture) replayed scan window by scan window (2 s) and merged into the
-// records, with the CPU time of one working cycle and the memory one record costs.
+// tests/tools/CityCapture) replayed scan window by scan window (2 s) through the survey
+// engine, with the CPU time of one working cycle and the memory one record costs.
 //   build/release/bench/bench_survey --benchmark_filter=Replay/100000
 #include "CityCapture.h"
-#include "model/NetworkList.h"
+#include "model/SurveyEngine.h"
+#include "prefs/PreferenceStore.h"
 #include "util/RandomSource.h"
+#include "util/StreamAlertPresenter.h"
 #include "wireless/replay/ReplayBackend.h"
 
+#include <QSettings>
 #include <QTemporaryDir>
 
 #include <benchmark/benchmark.h>
@@ -55,27 +58,9 @@ const QString &capturePath(int accessPoints)
     return found->second;
 }
 
-// One scan merged as the controller does: update the known record, create a new one with
-// its colour, then put the list in display order.
-void merge(NetworkList &networks, const QList<CWNetworkRef> &scan, RandomSource &random)
-{
-    const QDateTime now = kT0;
-    for (const CWNetworkRef &result : scan) {
-        if (const NetworkObjectRef known = networks.networkForUpdate(result->bssid())) {
-            known->updateWithCWNetwork(result, now);
-            continue;
-        }
-        const NetworkObjectRef created = NetworkObject::objectWithCWNetwork(result, now);
-        const int h = random.uniform(0, 49), s = random.uniform(0, 9), b = random.uniform(0, 9);
-        created->setColor(QColor::fromHsvF(float(h / 49.0), float(0.6 + 0.4 * s / 9.0),
-                                           float(0.6 + 0.4 * b / 9.0)));
-        networks.append(created);
-    }
-    networks.sortChangedForDisplay(std::nullopt);
-}
-
-// The whole capture, back to back: CPU time per cycle (decoding the window included, and
-// the merge and sort alone) and resident memory per record at the end.
+// The whole capture, back to back, through the engine the window and the headless run use
+// (authorize, scan, merge, sort, filter): CPU time per working cycle, decoding the window
+// included, and resident memory per record at the end.
 void BM_Replay(benchmark::State &state)
 {
     const int accessPoints = int(state.range(0));
@@ -88,26 +73,34 @@ void BM_Replay(benchmark::State &state)
             return;
         }
         replay->setScanWindow(2.0);
-        const QString name = replay->interfaceNames().value(0);
+        WirelessBackend::setCurrent(replay);
+        QTemporaryDir settingsDir;
+        QSettings settings(settingsDir.filePath(QStringLiteral("bench.conf")),
+                           QSettings::IniFormat);
+        PreferenceStore preferences(&settings);
+        StreamAlertPresenter alerts(false);
         SeededRandomSource random(7);
-        NetworkList networks;
+        RandomSource::setInstance(&random);
+        qsizetype records = 0;
         int cycles = 0;
-        double mergeSeconds = 0.0;
-        const double cpuBefore = cpuSeconds();
-        while (!replay->finished()) {
-            const QList<CWNetworkRef> scan = replay->scanForNetworks(name, {}, nullptr);
-            const double t = cpuSeconds();
-            merge(networks, scan, random);
-            mergeSeconds += cpuSeconds() - t;
-            ++cycles;
+        double cpu = 0.0;
+        {
+            SurveyEngine engine(&preferences, &alerts);
+            engine.setCurrentInterface(
+                std::make_shared<CWInterface>(replay, replay->interfaceNames().value(0)));
+            const double cpuBefore = cpuSeconds();
+            while (!replay->finished() && engine.performUpdateCycle())
+                ++cycles;
+            cpu = cpuSeconds() - cpuBefore;
+            records = engine.networks().count();
+            state.counters["bytes_per_record"] =
+                (residentBytes() - rssBefore) / double(std::max<qsizetype>(1, records));
         }
-        const double cpu = cpuSeconds() - cpuBefore;
-        state.counters["records"] = double(networks.count());
+        RandomSource::setInstance(nullptr);
+        WirelessBackend::setCurrent(nullptr);
+        state.counters["records"] = double(records);
         state.counters["cycles"] = cycles;
-        state.counters["cpu_ms_per_cycle"] = cpu * 1e3 / cycles;
-        state.counters["merge_ms_per_cycle"] = mergeSeconds * 1e3 / cycles;
-        state.counters["bytes_per_record"] =
-            (residentBytes() - rssBefore) / double(std::max<qsizetype>(1, networks.count()));
+        state.counters["cpu_ms_per_cycle"] = cpu * 1e3 / std::max(1, cycles);
     }
 }
 BENCHMARK(BM_Replay)->Arg(1000)->Arg(10000)->Arg(100000)->Iterations(1)->Unit(benchmark::kSecond);
