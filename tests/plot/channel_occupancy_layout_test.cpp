@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
+
 namespace {
 constexpr double kText = 14.0;
 
@@ -39,34 +41,32 @@ QRectF frameFor(double plotWidth)
 TEST(ChannelOccupancyLayout, SpanInPixelsForEachWidth)
 {
     // Plots scaled to whole pixels per MHz: 2.4 GHz shows 90 MHz, 5 GHz 760, 6 GHz 1220.
-    const struct
-    {
-        const char *name;
-        ChannelOccupancyLayout::Entry e;
-        double plotWidth;
-        double left0, right0, left1, right1; // segment 2 only for 80+80
-    } rows[] = {
-        {"20 MHz on channel 6", entry(6, kCWChannelBand2GHz, 20, -60, 6), 900, 346, 546, 0, 0},
-        {"40 MHz on 1+5", entry(1, kCWChannelBand2GHz, 40, -60, 3), 900, 96, 496, 0, 0},
-        {"20 MHz on 36", entry(36, kCWChannelBand5GHz, 20, -60, 36), 760, 66, 86, 0, 0},
-        {"80 MHz on 36-48", entry(36, kCWChannelBand5GHz, 80, -60, 42), 760, 66, 146, 0, 0},
-        {"160 MHz on 100-128", entry(100, kCWChannelBand5GHz, 160, -60, 114), 760, 386, 546, 0, 0},
-        {"80+80 MHz", entry(36, kCWChannelBand5GHz, 80, -60, 42, 155), 760, 66, 146, 631, 711},
-        {"320 MHz on 6 GHz", entry(37, kCWChannelBand6GHz, 320, -60, 31), 1220, 66, 386, 0, 0},
-    };
-    for (const auto &row : rows) {
-        SCOPED_TRACE(row.name);
-        const auto chart = ChannelOccupancyLayout::layoutChart(
-            frameFor(row.plotWidth), row.e.channel.band, {row.e}, {}, charWidth, kText);
-        ASSERT_DOUBLE_EQ(chart.plot.width(), row.plotWidth);
+    // name, entry, plot width, left and right of segment 1 and (only for 80+80) segment 2
+    const std::tuple<const char *, ChannelOccupancyLayout::Entry, double, double, double, double,
+                     double>
+        rows[] = {
+            {"20 MHz on channel 6", entry(6, kCWChannelBand2GHz, 20, -60, 6), 900, 346, 546, 0, 0},
+            {"40 MHz on 1+5", entry(1, kCWChannelBand2GHz, 40, -60, 3), 900, 96, 496, 0, 0},
+            {"20 MHz on 36", entry(36, kCWChannelBand5GHz, 20, -60, 36), 760, 66, 86, 0, 0},
+            {"80 MHz on 36-48", entry(36, kCWChannelBand5GHz, 80, -60, 42), 760, 66, 146, 0, 0},
+            {"160 MHz on 100-128", entry(100, kCWChannelBand5GHz, 160, -60, 114), 760, 386, 546, 0,
+             0},
+            {"80+80 MHz", entry(36, kCWChannelBand5GHz, 80, -60, 42, 155), 760, 66, 146, 631, 711},
+            {"320 MHz on 6 GHz", entry(37, kCWChannelBand6GHz, 320, -60, 31), 1220, 66, 386, 0, 0},
+        };
+    for (const auto &[name, e, plotWidth, left0, right0, left1, right1] : rows) {
+        SCOPED_TRACE(name);
+        const auto chart = ChannelOccupancyLayout::layoutChart(frameFor(plotWidth), e.channel.band,
+                                                               {e}, {}, charWidth, kText);
+        ASSERT_DOUBLE_EQ(chart.plot.width(), plotWidth);
         ASSERT_EQ(chart.shapes.size(), 1);
         const auto &polygons = chart.shapes[0].polygons;
-        ASSERT_EQ(polygons.size(), row.left1 ? 2 : 1);
-        EXPECT_DOUBLE_EQ(polygons[0].first().x(), row.left0);
-        EXPECT_DOUBLE_EQ(polygons[0].last().x(), row.right0);
-        if (row.left1) {
-            EXPECT_DOUBLE_EQ(polygons[1].first().x(), row.left1);
-            EXPECT_DOUBLE_EQ(polygons[1].last().x(), row.right1);
+        ASSERT_EQ(polygons.size(), left1 ? 2 : 1);
+        EXPECT_DOUBLE_EQ(polygons[0].first().x(), left0);
+        EXPECT_DOUBLE_EQ(polygons[0].last().x(), right0);
+        if (left1) {
+            EXPECT_DOUBLE_EQ(polygons[1].first().x(), left1);
+            EXPECT_DOUBLE_EQ(polygons[1].last().x(), right1);
         }
         // Feet on the bottom of the plot, top at -60 dBm: half way up from -100 to -20 dBm.
         EXPECT_DOUBLE_EQ(polygons[0].first().y(), chart.plot.bottom());
@@ -91,9 +91,8 @@ TEST(ChannelOccupancyLayout, OverlapsStayReadable)
     const auto chart = ChannelOccupancyLayout::layoutChart(frameFor(900), kCWChannelBand2GHz,
                                                            entries, {}, charWidth, kText);
     ASSERT_EQ(chart.shapes.size(), 3);
-    EXPECT_EQ(chart.shapes[0].entry, 1);
-    EXPECT_EQ(chart.shapes[1].entry, 0);
-    EXPECT_EQ(chart.shapes[2].entry, 2);
+    EXPECT_EQ((std::array{chart.shapes[0].entry, chart.shapes[1].entry, chart.shapes[2].entry}),
+              (std::array{1, 0, 2}));
     for (int a = 0; a < 3; ++a) {
         EXPECT_TRUE(chart.shapes[a].labelShown);
         EXPECT_TRUE(chart.plot.contains(chart.shapes[a].labelRect));

@@ -9,37 +9,19 @@
 
 namespace {
 
-struct TimeRow
-{
-    double value;
-    const char *label;
-};
+using Row = std::pair<double, const char *>;
 
 TEST(TimeFormatter, CountsMinutesDownInStepsOfThirtySamples)
 {
-    const TimeRow rows[] = {
-        {0, "5 min"},
-        {29, "5 min"},
-        {29.9, "5 min"},
-        {30, "4"},
-        {59, "4"},
-        {60, "3"},
-        {149, "1"},
-        {150, "0"},
-        {179, "0"},
-        {180, "-1"},
-        {209, "-1"},
-        {299, "-4"},
-        // Left of the axis origin, or not a number at all: the first sample.
-        {-0.5, "5 min"},
-        {-1000, "5 min"},
-        {std::nan(""), "5 min"},
-    };
-    for (const TimeRow &row : rows) {
-        SCOPED_TRACE(row.value);
-        EXPECT_EQ(TimeFormatter::stringForObjectValue(row.value), QString::fromUtf8(row.label));
-        EXPECT_EQ(TimeFormatter::stringForObjectValue(QVariant(row.value)),
-                  QString::fromUtf8(row.label));
+    // The last three: left of the axis origin, or not a number at all: the first sample.
+    const Row rows[] = {
+        {0, "5 min"}, {29, "5 min"}, {29.9, "5 min"}, {30, "4"},        {59, "4"},
+        {60, "3"},    {149, "1"},    {150, "0"},      {179, "0"},       {180, "-1"},
+        {209, "-1"},  {299, "-4"},   {-0.5, "5 min"}, {-1000, "5 min"}, {std::nan(""), "5 min"}};
+    for (const auto &[value, label] : rows) {
+        SCOPED_TRACE(value);
+        EXPECT_EQ(TimeFormatter::stringForObjectValue(value), QString::fromUtf8(label));
+        EXPECT_EQ(TimeFormatter::stringForObjectValue(QVariant(value)), QString::fromUtf8(label));
     }
 }
 
@@ -57,38 +39,26 @@ TEST(TimeFormatter, TakesIntegersAndRejectsNonNumbers)
     EXPECT_EQ(TimeFormatter::stringForObjectValue(QVariant()), QString());
 }
 
-struct SnrRow
-{
-    double value;
-    const char *label;
-};
-
 TEST(SNRFormatter, PrintsClampedWholePercentWithDb)
 {
     const double inf = std::numeric_limits<double>::infinity();
-    const SnrRow rows[] = {
-        {0.0, "0dB"},   {0.5, "50dB"}, {0.25, "25dB"},   {0.999, "100dB"}, {1.2, "100dB"},
-        {5.0, "100dB"}, {-0.3, "0dB"}, {-0.1, "0dB"},    {-0.0, "0dB"},    {0.004, "0dB"},
-        {inf, "100dB"}, {-inf, "0dB"}, {1e300, "100dB"}, {-1e300, "0dB"},  {std::nan(""), "nandB"},
-    };
-    for (const SnrRow &row : rows) {
-        SCOPED_TRACE(row.value);
-        EXPECT_EQ(SNRFormatter::stringForObjectValue(row.value), QString::fromUtf8(row.label));
-        EXPECT_EQ(SNRFormatter::stringForObjectValue(QVariant(row.value)),
-                  QString::fromUtf8(row.label));
+    const Row rows[] = {{0.0, "0dB"},     {0.5, "50dB"},   {0.25, "25dB"},         {0.999, "100dB"},
+                        {1.2, "100dB"},   {5.0, "100dB"},  {-0.3, "0dB"},          {-0.1, "0dB"},
+                        {-0.0, "0dB"},    {0.004, "0dB"},  {inf, "100dB"},         {-inf, "0dB"},
+                        {1e300, "100dB"}, {-1e300, "0dB"}, {std::nan(""), "nandB"}};
+    for (const auto &[value, label] : rows) {
+        SCOPED_TRACE(value);
+        EXPECT_EQ(SNRFormatter::stringForObjectValue(value), QString::fromUtf8(label));
+        EXPECT_EQ(SNRFormatter::stringForObjectValue(QVariant(value)), QString::fromUtf8(label));
     }
     EXPECT_EQ(SNRFormatter::stringForObjectValue(QVariant(QStringLiteral("x"))), QString());
 }
 
 TEST(AxisCategories, EqualDivisionsWithDistinctLabels)
 {
-    const auto time = TimeFormatter::categories(0, 150, 6);
-    ASSERT_EQ(time.size(), 6);
-    const char *expected[] = {"5 min", "4", "3", "2", "1", "0"};
-    for (int i = 0; i < 6; ++i) {
-        EXPECT_DOUBLE_EQ(time[i].first, 30.0 * i);
-        EXPECT_EQ(time[i].second, QString::fromUtf8(expected[i]));
-    }
+    using Categories = QList<std::pair<double, QString>>;
+    EXPECT_EQ(TimeFormatter::categories(0, 150, 6),
+              (Categories{{0, "5 min"}, {30, "4"}, {60, "3"}, {90, "2"}, {120, "1"}, {150, "0"}}));
 
     // A short range repeats a text; a category axis would drop the repeats.
     const auto shortRange = TimeFormatter::categories(0, 20, 3);
