@@ -83,200 +83,186 @@ class TestDetailPanel : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void hoverOverRowsShowsAndSwitchesThePanel();
-    void panelOrWindowLeftHidesIt();
-    void otherTabsChangeNothing();
-    void placementStaysOnTheScreen();
-    void mapIconsShowThePanelAndAnEmptyBssidReArms();
-    void dragIsNoHover();
-    void firedTimersAreReleased();
-};
-
-void TestDetailPanel::hoverOverRowsShowsAndSwitchesThePanel()
-{
-    PanelFixture f;
-    // The first hover on row 0 loads nothing: row 0 counts as the last row already.
-    QCOMPARE(f.h.app().lastMoveOnRow(), quint64(0));
-    f.moveToRow(0);
-    QVERIFY(f.showPending());
-    QVERIFY(f.h.app().detailNetworkBssid().isEmpty());
-    QTRY_VERIFY(f.panelVisible());
-    f.h.app().performUpdateCycle(); // and the cycle refreshes nothing either
-    QCOMPARE(f.field("bssidField"), QString());
-
-    // Another row hides the panel at once and shows it again after the delay.
-    f.moveToRow(2);
-    QVERIFY(!f.panelVisible());
-    QVERIFY(f.showPending());
-    QCOMPARE(f.h.app().lastMoveOnRow(), quint64(2));
-    QCOMPARE(f.h.app().detailNetworkBssid(), QStringLiteral("00:00:00:00:00:02"));
-    QTRY_VERIFY(f.panelVisible());
-    QCOMPARE(f.h.app().detailPanel()->windowTitle(), QStringLiteral("Detail ( SSID: Net 2 )"));
-    QCOMPARE(f.field("detailTitleLabel"), QStringLiteral("Detail ( SSID: Net 2 )"));
-    const QStringList fields = {
-        f.field("bssidField"),  f.field("channelField"),   f.field("bandField"),
-        f.field("signalField"), f.field("noiseAvgField"),  f.field("snrField"),
-        f.field("snrAvgField"), f.field("signalMaxField"), f.field("signalQualityField")};
-    QCOMPARE(fields,
-             (QStringList{QStringLiteral("00:00:00:00:00:02"), QStringLiteral("6"),
-                          QStringLiteral("2.4GHz"), QStringLiteral("43%"), QStringLiteral("15%"),
-                          QStringLiteral("40dB"), QStringLiteral("40dB"), QStringLiteral("43%"),
-                          QStringLiteral("Good")}));
-    // The panel sits 17 points below the pointer, its left edge at the pointer.
-    QCOMPARE(f.h.app().detailPanel()->pos(), QCursor::pos() + QPoint(0, 17));
-
-    // The same row: it stays, only the hide timer restarts.
-    f.moveToRow(2);
-    QVERIFY(f.panelVisible());
-    QVERIFY(!f.showPending());
-    f.moveToRow(3);
-    QVERIFY(!f.panelVisible());
-    QTRY_VERIFY(f.panelVisible());
-    QCOMPARE(f.field("bssidField"), QStringLiteral("00:00:00:00:00:03"));
-
-    // Empty table space below the rows hides it and arms nothing.
-    const QPointer<QTimer> hide = f.h.app().hideDetailTimer();
-    f.moveOnTable(f.belowTheRows());
-    QVERIFY(!f.panelVisible());
-    QVERIFY(!f.showPending());
-    QCOMPARE(f.h.app().hideDetailTimer(), hide.data()); // not re-armed
-    QCOMPARE(f.h.app().lastMoveOnRow(), quint64(3));
-}
-
-void TestDetailPanel::panelOrWindowLeftHidesIt()
-{
-    PanelFixture f;
-    f.moveToRow(1);
-    QTRY_VERIFY(f.panelVisible());
-    auto *label = f.h.app().detailPanel()->findChild<QLabel *>(QStringLiteral("bssidField"));
-    QMouseEvent onPanel(QEvent::MouseMove, QPointF(2, 2), label->mapToGlobal(QPointF(2, 2)),
-                        Qt::NoButton, Qt::NoButton, Qt::NoModifier);
-    onPanel.setTimestamp(5000);
-    QApplication::sendEvent(label, &onPanel);
-    QVERIFY(!f.panelVisible());
-    QCOMPARE(f.h.app().lastMoveOnRow(), AppDelegate::kNoRow);
-    // Back on the same row counts as new: the network is loaded again.
-    f.moveToRow(1);
-    QVERIFY(f.showPending());
-
-    QEvent leave(QEvent::Leave);
-    QApplication::sendEvent(f.h.app().window(), &leave);
-    QVERIFY(!f.showPending());
-    QCOMPARE(f.h.app().lastMoveOnRow(), AppDelegate::kNoRow);
-    QTest::qWait(2 * kShowMs);
-    QVERIFY(!f.panelVisible());
-}
-
-void TestDetailPanel::otherTabsChangeNothing()
-{
-    PanelFixture f;
-    f.moveToRow(2);
-    QTRY_VERIFY(f.panelVisible());
-    f.selectSegment(0);
-    f.h.app().mouseMoved(f.h.app().window(), QPointF(QCursor::pos()));
-    QVERIFY(f.panelVisible());
-    QVERIFY(!f.showPending());
-    QCOMPARE(f.h.app().detailNetworkBssid(), QStringLiteral("00:00:00:00:00:02"));
-}
-
-void TestDetailPanel::placementStaysOnTheScreen()
-{
-    PanelFixture f;
-    const QSize screen = f.h.app().window()->screen()->geometry().size();
-    const QSize panel = f.h.app().detailPanel()->frameGeometry().size();
-    // The pointer position comes from the last move over the main window.
-    QWidget *window = f.h.app().window();
-    f.h.app().mouseMoved(window, QPointF(screen.width() - 5, screen.height() - 5));
-    f.h.app().calcDetailPanelLocation();
-    QCOMPARE(f.h.app().detailPanelLocation(),
-             QPointF(screen.width() - panel.width(), screen.height() - panel.height()));
-    f.h.app().mouseMoved(window, QPointF(-40, 10));
-    f.h.app().calcDetailPanelLocation();
-    QCOMPARE(f.h.app().detailPanelLocation(), QPointF(0, 27));
-}
-
-void TestDetailPanel::mapIconsShowThePanelAndAnEmptyBssidReArms()
-{
-    PanelFixture f;
-    const QString strong = QStringLiteral("00:00:00:00:00:0a");
-    f.h.backend->scans = {{FakeBackend::network(strong, QStringLiteral("Strong"), -30),
-                           FakeBackend::network(QString(), QStringLiteral("No address"), -90)}};
-    f.h.app().performUpdateCycle();
-    f.selectSegment(1);
-    auto *map = f.h.find<WiFiMapView>("wiFiMapView");
-    map->grab(); // draws, and so places, every network
-    auto moveTo = [&f](const QPointF &global) {
-        QCursor::setPos(global.toPoint());
-        f.h.app().mouseMoved(f.h.app().window(), global);
-    };
-    auto moveToIcon = [map, &moveTo](const QString &bssid) {
-        const QRectF r = WiFiMapView::rectFromString(
-            map->networkLocations().value(bssid).value(WiFiMapView::kImageRectKey));
-        // Stored y-up; the widget's y grows downwards.
-        moveTo(map->mapToGlobal(QPointF(r.center().x(), map->height() - r.center().y())));
-    };
-    moveToIcon(strong);
-    QCOMPARE(f.h.app().detailNetworkBssid(), strong);
-    QTRY_VERIFY(f.panelVisible());
-    moveToIcon(strong);
-    QVERIFY(f.panelVisible()); // the same network: it stays
-
-    // A network whose BSSID is empty counts as new on every move.
-    moveToIcon(QString());
-    QVERIFY(!f.panelVisible());
-    QTRY_VERIFY(f.panelVisible());
-    const QPointer<QTimer> hideBefore = f.h.app().hideDetailTimer();
-    moveToIcon(QString());
-    QVERIFY(!f.panelVisible());
-    QVERIFY(f.showPending());
-    QVERIFY(f.h.app().hideDetailTimer() != hideBefore.data());
-
-    // Empty map space hides the panel and arms nothing.
-    QTRY_VERIFY(f.panelVisible());
-    moveTo(map->mapToGlobal(QPointF(3, 3)));
-    QVERIFY(!f.panelVisible());
-    QVERIFY(!f.showPending());
-}
-
-void TestDetailPanel::dragIsNoHover()
-{
-    PanelFixture f;
-    // Dragging over the rows (selecting them) neither loads a network nor arms a timer. The
-    // move comes alone: moving the platform's cursor would add a hover of its own.
-    QWidget *viewport = f.table->viewport();
-    const QPointF global = f.rowPoint(2);
-    QMouseEvent drag(QEvent::MouseMove, viewport->mapFromGlobal(global), global, Qt::NoButton,
-                     Qt::LeftButton, Qt::NoModifier);
-    drag.setTimestamp(++f.stamp);
-    QApplication::sendEvent(viewport, &drag);
-    QVERIFY(!f.showPending());
-    QCOMPARE(f.h.app().lastMoveOnRow(), quint64(0));
-    QVERIFY(f.h.app().detailNetworkBssid().isEmpty());
-    QVERIFY(!f.h.app().hideDetailTimer());
-    // Released, the same move is a hover.
-    f.moveToRow(2);
-    QVERIFY(f.showPending());
-}
-
-// Shown and hidden again by its timers, three times over: the fired one-shot timers are
-// freed, and a hide on a hidden panel does no harm.
-void TestDetailPanel::firedTimersAreReleased()
-{
-    PanelFixture f;
-    auto timers = [&f] { return f.h.app().findChildren<QTimer *>().size(); };
-    const qsizetype before = timers();
-    for (int round = 0; round < 3; ++round) {
-        f.moveToRow(1 + round % 2);
+    void hoverOverRowsShowsAndSwitchesThePanel()
+    {
+        PanelFixture f;
+        // The first hover on row 0 loads nothing: row 0 counts as the last row already.
+        QCOMPARE(f.h.app().lastMoveOnRow(), quint64(0));
+        f.moveToRow(0);
+        QVERIFY(f.showPending());
+        QVERIFY(f.h.app().detailNetworkBssid().isEmpty());
         QTRY_VERIFY(f.panelVisible());
-        QVERIFY(!f.h.app().showDetailTimer()); // fired and gone
-        QTRY_VERIFY_WITH_TIMEOUT(!f.panelVisible(), 5 * kHideMs);
-        QVERIFY(!f.h.app().hideDetailTimer());
+        f.h.app().performUpdateCycle(); // and the cycle refreshes nothing either
+        QCOMPARE(f.field("bssidField"), QString());
+
+        // Another row hides the panel at once and shows it again after the delay.
+        f.moveToRow(2);
+        QVERIFY(!f.panelVisible());
+        QVERIFY(f.showPending());
+        QCOMPARE(f.h.app().lastMoveOnRow(), quint64(2));
+        QCOMPARE(f.h.app().detailNetworkBssid(), QStringLiteral("00:00:00:00:00:02"));
+        QTRY_VERIFY(f.panelVisible());
+        QCOMPARE(f.h.app().detailPanel()->windowTitle(), QStringLiteral("Detail ( SSID: Net 2 )"));
+        QCOMPARE(f.field("detailTitleLabel"), QStringLiteral("Detail ( SSID: Net 2 )"));
+        const QStringList fields = {
+            f.field("bssidField"),  f.field("channelField"),   f.field("bandField"),
+            f.field("signalField"), f.field("noiseAvgField"),  f.field("snrField"),
+            f.field("snrAvgField"), f.field("signalMaxField"), f.field("signalQualityField")};
+        QCOMPARE(fields,
+                 (QStringList{QStringLiteral("00:00:00:00:00:02"), QStringLiteral("6"),
+                              QStringLiteral("2.4GHz"), QStringLiteral("43%"),
+                              QStringLiteral("15%"), QStringLiteral("40dB"), QStringLiteral("40dB"),
+                              QStringLiteral("43%"), QStringLiteral("Good")}));
+        // The panel sits 17 points below the pointer, its left edge at the pointer.
+        QCOMPARE(f.h.app().detailPanel()->pos(), QCursor::pos() + QPoint(0, 17));
+
+        // The same row: it stays, only the hide timer restarts.
+        f.moveToRow(2);
+        QVERIFY(f.panelVisible());
+        QVERIFY(!f.showPending());
+        f.moveToRow(3);
+        QVERIFY(!f.panelVisible());
+        QTRY_VERIFY(f.panelVisible());
+        QCOMPARE(f.field("bssidField"), QStringLiteral("00:00:00:00:00:03"));
+
+        // Empty table space below the rows hides it and arms nothing.
+        const QPointer<QTimer> hide = f.h.app().hideDetailTimer();
+        f.moveOnTable(f.belowTheRows());
+        QVERIFY(!f.panelVisible());
+        QVERIFY(!f.showPending());
+        QCOMPARE(f.h.app().hideDetailTimer(), hide.data()); // not re-armed
+        QCOMPARE(f.h.app().lastMoveOnRow(), quint64(3));
     }
-    f.h.app().hideDetailPanel();
-    QVERIFY(!f.panelVisible());
-    // deleteLater() needs the event loop to come round once more.
-    QTRY_COMPARE(timers(), before);
-}
+    void panelOrWindowLeftHidesIt()
+    {
+        PanelFixture f;
+        f.moveToRow(1);
+        QTRY_VERIFY(f.panelVisible());
+        auto *label = f.h.app().detailPanel()->findChild<QLabel *>(QStringLiteral("bssidField"));
+        QMouseEvent onPanel(QEvent::MouseMove, QPointF(2, 2), label->mapToGlobal(QPointF(2, 2)),
+                            Qt::NoButton, Qt::NoButton, Qt::NoModifier);
+        onPanel.setTimestamp(5000);
+        QApplication::sendEvent(label, &onPanel);
+        QVERIFY(!f.panelVisible());
+        QCOMPARE(f.h.app().lastMoveOnRow(), AppDelegate::kNoRow);
+        // Back on the same row counts as new: the network is loaded again.
+        f.moveToRow(1);
+        QVERIFY(f.showPending());
+
+        QEvent leave(QEvent::Leave);
+        QApplication::sendEvent(f.h.app().window(), &leave);
+        QVERIFY(!f.showPending());
+        QCOMPARE(f.h.app().lastMoveOnRow(), AppDelegate::kNoRow);
+        QTest::qWait(2 * kShowMs);
+        QVERIFY(!f.panelVisible());
+    }
+    void otherTabsChangeNothing()
+    {
+        PanelFixture f;
+        f.moveToRow(2);
+        QTRY_VERIFY(f.panelVisible());
+        f.selectSegment(0);
+        f.h.app().mouseMoved(f.h.app().window(), QPointF(QCursor::pos()));
+        QVERIFY(f.panelVisible());
+        QVERIFY(!f.showPending());
+        QCOMPARE(f.h.app().detailNetworkBssid(), QStringLiteral("00:00:00:00:00:02"));
+    }
+    void placementStaysOnTheScreen()
+    {
+        PanelFixture f;
+        const QSize screen = f.h.app().window()->screen()->geometry().size();
+        const QSize panel = f.h.app().detailPanel()->frameGeometry().size();
+        // The pointer position comes from the last move over the main window.
+        QWidget *window = f.h.app().window();
+        f.h.app().mouseMoved(window, QPointF(screen.width() - 5, screen.height() - 5));
+        f.h.app().calcDetailPanelLocation();
+        QCOMPARE(f.h.app().detailPanelLocation(),
+                 QPointF(screen.width() - panel.width(), screen.height() - panel.height()));
+        f.h.app().mouseMoved(window, QPointF(-40, 10));
+        f.h.app().calcDetailPanelLocation();
+        QCOMPARE(f.h.app().detailPanelLocation(), QPointF(0, 27));
+    }
+    void mapIconsShowThePanelAndAnEmptyBssidReArms()
+    {
+        PanelFixture f;
+        const QString strong = QStringLiteral("00:00:00:00:00:0a");
+        f.h.backend->scans = {{FakeBackend::network(strong, QStringLiteral("Strong"), -30),
+                               FakeBackend::network(QString(), QStringLiteral("No address"), -90)}};
+        f.h.app().performUpdateCycle();
+        f.selectSegment(1);
+        auto *map = f.h.find<WiFiMapView>("wiFiMapView");
+        map->grab(); // draws, and so places, every network
+        auto moveTo = [&f](const QPointF &global) {
+            QCursor::setPos(global.toPoint());
+            f.h.app().mouseMoved(f.h.app().window(), global);
+        };
+        auto moveToIcon = [map, &moveTo](const QString &bssid) {
+            const QRectF r = WiFiMapView::rectFromString(
+                map->networkLocations().value(bssid).value(WiFiMapView::kImageRectKey));
+            // Stored y-up; the widget's y grows downwards.
+            moveTo(map->mapToGlobal(QPointF(r.center().x(), map->height() - r.center().y())));
+        };
+        moveToIcon(strong);
+        QCOMPARE(f.h.app().detailNetworkBssid(), strong);
+        QTRY_VERIFY(f.panelVisible());
+        moveToIcon(strong);
+        QVERIFY(f.panelVisible()); // the same network: it stays
+
+        // A network whose BSSID is empty counts as new on every move.
+        moveToIcon(QString());
+        QVERIFY(!f.panelVisible());
+        QTRY_VERIFY(f.panelVisible());
+        const QPointer<QTimer> hideBefore = f.h.app().hideDetailTimer();
+        moveToIcon(QString());
+        QVERIFY(!f.panelVisible());
+        QVERIFY(f.showPending());
+        QVERIFY(f.h.app().hideDetailTimer() != hideBefore.data());
+
+        // Empty map space hides the panel and arms nothing.
+        QTRY_VERIFY(f.panelVisible());
+        moveTo(map->mapToGlobal(QPointF(3, 3)));
+        QVERIFY(!f.panelVisible());
+        QVERIFY(!f.showPending());
+    }
+    void dragIsNoHover()
+    {
+        PanelFixture f;
+        // Dragging over the rows (selecting them) neither loads a network nor arms a timer. The
+        // move comes alone: moving the platform's cursor would add a hover of its own.
+        QWidget *viewport = f.table->viewport();
+        const QPointF global = f.rowPoint(2);
+        QMouseEvent drag(QEvent::MouseMove, viewport->mapFromGlobal(global), global, Qt::NoButton,
+                         Qt::LeftButton, Qt::NoModifier);
+        drag.setTimestamp(++f.stamp);
+        QApplication::sendEvent(viewport, &drag);
+        QVERIFY(!f.showPending());
+        QCOMPARE(f.h.app().lastMoveOnRow(), quint64(0));
+        QVERIFY(f.h.app().detailNetworkBssid().isEmpty());
+        QVERIFY(!f.h.app().hideDetailTimer());
+        // Released, the same move is a hover.
+        f.moveToRow(2);
+        QVERIFY(f.showPending());
+    }
+    // Shown and hidden again by its timers, three times over: the fired one-shot timers are
+    // freed, and a hide on a hidden panel does no harm.
+    void firedTimersAreReleased()
+    {
+        PanelFixture f;
+        auto timers = [&f] { return f.h.app().findChildren<QTimer *>().size(); };
+        const qsizetype before = timers();
+        for (int round = 0; round < 3; ++round) {
+            f.moveToRow(1 + round % 2);
+            QTRY_VERIFY(f.panelVisible());
+            QVERIFY(!f.h.app().showDetailTimer()); // fired and gone
+            QTRY_VERIFY_WITH_TIMEOUT(!f.panelVisible(), 5 * kHideMs);
+            QVERIFY(!f.h.app().hideDetailTimer());
+        }
+        f.h.app().hideDetailPanel();
+        QVERIFY(!f.panelVisible());
+        // deleteLater() needs the event loop to come round once more.
+        QTRY_COMPARE(timers(), before);
+    }
+};
 
 QTEST_MAIN(TestDetailPanel)
 #include "tst_detailpanel.moc"

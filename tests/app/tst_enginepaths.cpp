@@ -71,27 +71,16 @@ class TestEnginePaths : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void windowAndHeadlessEndWithTheSameRows_data();
-    void windowAndHeadlessEndWithTheSameRows();
+    void windowAndHeadlessEndWithTheSameRows()
+    {
+        const std::pair<int, QString> rows[] = {{1, QString()}, {6, QString()}, {4, "flat"}};
+        for (const auto &[cycles, filter] : rows) {
+            const QString window = run(true, cycles, filter);
+            QVERIFY(window.contains(QLatin1String("<tr>")));
+            QCOMPARE(run(false, cycles, filter), window);
+        }
+    }
 };
-
-void TestEnginePaths::windowAndHeadlessEndWithTheSameRows_data()
-{
-    QTest::addColumn<int>("cycles");
-    QTest::addColumn<QString>("filter");
-    QTest::newRow("one cycle") << 1 << QString();
-    QTest::newRow("six cycles") << 6 << QString();
-    QTest::newRow("filtered") << 4 << QStringLiteral("flat");
-}
-
-void TestEnginePaths::windowAndHeadlessEndWithTheSameRows()
-{
-    QFETCH(int, cycles);
-    QFETCH(QString, filter);
-    const QString window = run(true, cycles, filter);
-    QVERIFY(window.contains(QLatin1String("<tr>")));
-    QCOMPARE(run(false, cycles, filter), window);
-}
 
 QTEST_MAIN(TestEnginePaths)
 #include "tst_enginepaths.moc"

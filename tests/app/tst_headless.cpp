@@ -63,180 +63,169 @@ class TestHeadless : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void initTestCase();
-    void cyclesLogAndExport();
-    void unwritableOutputGivesExitCode4_data();
-    void unwritableOutputGivesExitCode4();
-    void badArgumentsGiveExitCode2();
-    void sigtermLeavesACompleteLog();
+    void initTestCase()
+    {
+        if (binary().isEmpty())
+            QSKIP("CORVANE_BINARY is not set");
+        QVERIFY(QFile::exists(binary()));
+    }
+    // Each cycle writes one block of the log; a second run appends without a second head line;
+    // exports go to standard output or a file, after the filter.
+    void cyclesLogAndExport()
+    {
+        QTemporaryDir dir;
+        const QString log = dir.filePath(QStringLiteral("log.tsv"));
+        const Run r = run(simulated() << QStringLiteral("--cycles") << QStringLiteral("5")
+                                      << QStringLiteral("--interval") << QStringLiteral("0.02")
+                                      << QStringLiteral("--log-tsv") << log
+                                      << QStringLiteral("--export-tsv") << QStringLiteral("-"),
+                          m_settings.path());
+        QCOMPARE(r.exitCode, 0);
+        QVERIFY(r.out.startsWith("Network Name\tBSSID\tComment\t"));
+        QVERIFY(r.out.count('\n') > 5);
+        QFile f(log);
+        QVERIFY(f.open(QIODevice::ReadOnly));
+        const QByteArray text = f.readAll();
+        QVERIFY(text.startsWith("Time\tNetwork Name\tBSSID\t"));
+        QVERIFY(text.endsWith('\n'));
+        const QStringList s = stamps(text);
+        QCOMPARE(QSet<QString>(s.begin(), s.end()).size(), 5);
+        for (const QString &stamp : s)
+            QVERIFY2(QDateTime::fromString(stamp, Qt::ISODateWithMs).isValid(), qPrintable(stamp));
+
+        const QString html = dir.filePath(QStringLiteral("out.html"));
+        QCOMPARE(run(simulated() << QStringLiteral("--cycles") << QStringLiteral("1")
+                                 << QStringLiteral("--filter") << QStringLiteral("no such network")
+                                 << QStringLiteral("--export-html") << html
+                                 << QStringLiteral("--log-tsv") << log,
+                     m_settings.path())
+                     .exitCode,
+                 0);
+        f.close();
+        QVERIFY(f.open(QIODevice::ReadOnly));
+        QCOMPARE(f.readAll().count("Time\tNetwork Name"), 1);
+        QFile page(html);
+        QVERIFY(page.open(QIODevice::ReadOnly));
+        const QByteArray document = page.readAll();
+        QVERIFY(document.startsWith("<html><head>"));
+        QVERIFY(!document.contains("<tr><td>")); // the filter left no rows
+    }
+    void unwritableOutputGivesExitCode4_data()
+    {
+        QTest::addColumn<QString>("option");
+        QTest::addColumn<QString>("target");    // "blocked": a path below a plain file
+        QTest::addColumn<QByteArray>("reason"); // what the message must name
+        QTest::newRow("export below a file") << "--export-tsv"
+                                             << "blocked" << QByteArray("Cannot write");
+        QTest::newRow("log below a file") << "--log-tsv"
+                                          << "blocked" << QByteArray("Cannot write the log");
+        const QByteArray full("No space left on device");
+        QTest::newRow("tsv to a full device") << "--export-tsv"
+                                              << "/dev/full" << full;
+        QTest::newRow("html to a full device") << "--export-html"
+                                               << "/dev/full" << full;
+        QTest::newRow("log to a full device") << "--log-tsv"
+                                              << "/dev/full" << full;
+        QTest::newRow("tsv to a full file system") << "--export-tsv"
+                                                   << "tiny" << full;
+        QTest::newRow("log to a full file system") << "--log-tsv"
+                                                   << "tiny" << full;
+    }
+    void unwritableOutputGivesExitCode4()
+    {
+        QFETCH(QString, option);
+        QFETCH(QString, target);
+        QFETCH(QByteArray, reason);
+        QTemporaryDir dir;
+        QString path = target;
+        QString mountPoint;
+        auto unmount = qScopeGuard([&mountPoint] {
+            if (!mountPoint.isEmpty())
+                QProcess::execute(QStringLiteral("umount"), {mountPoint});
+        });
+        if (target == QLatin1String("blocked")) {
+            QFile blocker(dir.filePath(QStringLiteral("file")));
+            QVERIFY(blocker.open(QIODevice::WriteOnly));
+            blocker.close();
+            path = dir.filePath(QStringLiteral("file/out"));
+        } else if (target == QLatin1String("tiny")) {
+            // A small file system, filled up: only root may make one.
+            const QString point = dir.filePath(QStringLiteral("tiny"));
+            QVERIFY(QDir().mkpath(point));
+            if (QProcess::execute(QStringLiteral("mount"),
+                                  {QStringLiteral("-t"), QStringLiteral("tmpfs"),
+                                   QStringLiteral("-o"), QStringLiteral("size=16k"),
+                                   QStringLiteral("tmpfs"), point}) != 0)
+                QSKIP("no permission to mount a small tmpfs");
+            mountPoint = point;
+            QFile fill(point + QStringLiteral("/fill"));
+            QVERIFY(fill.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
+            const QByteArray block(512, 'x');
+            while (fill.write(block) == block.size()) {
+            }
+            fill.close();
+            path = point + QStringLiteral("/out");
+        }
+        const Run r = run(simulated() << QStringLiteral("--cycles") << QStringLiteral("2")
+                                      << QStringLiteral("--interval") << QStringLiteral("0")
+                                      << option << path,
+                          m_settings.path());
+        QCOMPARE(r.exitCode, 4);
+        QVERIFY2(r.err.contains(reason), r.err.constData());
+        QVERIFY2(!r.err.contains("Unknown error"), r.err.constData());
+        // A device written to stays the device it was.
+        if (target.startsWith(QLatin1String("/dev/")))
+            QVERIFY(!QFileInfo(target).isFile());
+        // Nothing half written replaces an export.
+        if (option != QLatin1String("--log-tsv") && target == QLatin1String("tiny"))
+            QVERIFY(!QFileInfo::exists(path) || QFileInfo(path).size() == 0);
+    }
+    void badArgumentsGiveExitCode2()
+    {
+        for (const QStringList &args :
+             {QStringList{QStringLiteral("--headless"), QStringLiteral("--cycles"),
+                          QStringLiteral("zero")},
+              QStringList{QStringLiteral("--headless"), QStringLiteral("--backend=martian")},
+              QStringList{QStringLiteral("--headless"), QStringLiteral("--interval"),
+                          QStringLiteral("-1")},
+              QStringList{QStringLiteral("--log-tsv"), QStringLiteral("x")}}) {
+            const Run r = run(args, m_settings.path());
+            QCOMPARE(r.exitCode, 2);
+            QVERIFY(r.err.contains("--headless"));
+        }
+    }
+    void sigtermLeavesACompleteLog()
+    {
+        QTemporaryDir dir;
+        const QString log = dir.filePath(QStringLiteral("log.tsv"));
+        QProcess p;
+        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+        env.insert(QStringLiteral("XDG_CONFIG_HOME"), m_settings.path());
+        p.setProcessEnvironment(env);
+        p.start(binary(), simulated() << QStringLiteral("--interval") << QStringLiteral("0.05")
+                                      << QStringLiteral("--log-tsv") << log);
+        QVERIFY(p.waitForStarted());
+        // Wait for a few cycles to land in the log.
+        auto logLines = [&log] {
+            QFile f(log);
+            return f.open(QIODevice::ReadOnly) ? stamps(f.readAll()).size() : 0;
+        };
+        QTRY_VERIFY_WITH_TIMEOUT(logLines() > 20, 30000);
+        ::kill(pid_t(p.processId()), SIGTERM);
+        QVERIFY(p.waitForFinished(20000));
+        QCOMPARE(p.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(p.exitCode(), 0);
+        QFile f(log);
+        QVERIFY(f.open(QIODevice::ReadOnly));
+        const QByteArray text = f.readAll();
+        QVERIFY(text.endsWith('\n'));
+        for (const QString &stamp : stamps(text))
+            QVERIFY(QDateTime::fromString(stamp, Qt::ISODateWithMs).isValid());
+    }
 
 private:
     QTemporaryDir m_settings;
 };
-
-void TestHeadless::initTestCase()
-{
-    if (binary().isEmpty())
-        QSKIP("CORVANE_BINARY is not set");
-    QVERIFY(QFile::exists(binary()));
-}
-
-// Each cycle writes one block of the log; a second run appends without a second head line;
-// exports go to standard output or a file, after the filter.
-void TestHeadless::cyclesLogAndExport()
-{
-    QTemporaryDir dir;
-    const QString log = dir.filePath(QStringLiteral("log.tsv"));
-    const Run r = run(simulated() << QStringLiteral("--cycles") << QStringLiteral("5")
-                                  << QStringLiteral("--interval") << QStringLiteral("0.02")
-                                  << QStringLiteral("--log-tsv") << log
-                                  << QStringLiteral("--export-tsv") << QStringLiteral("-"),
-                      m_settings.path());
-    QCOMPARE(r.exitCode, 0);
-    QVERIFY(r.out.startsWith("Network Name\tBSSID\tComment\t"));
-    QVERIFY(r.out.count('\n') > 5);
-    QFile f(log);
-    QVERIFY(f.open(QIODevice::ReadOnly));
-    const QByteArray text = f.readAll();
-    QVERIFY(text.startsWith("Time\tNetwork Name\tBSSID\t"));
-    QVERIFY(text.endsWith('\n'));
-    const QStringList s = stamps(text);
-    QCOMPARE(QSet<QString>(s.begin(), s.end()).size(), 5);
-    for (const QString &stamp : s)
-        QVERIFY2(QDateTime::fromString(stamp, Qt::ISODateWithMs).isValid(), qPrintable(stamp));
-
-    const QString html = dir.filePath(QStringLiteral("out.html"));
-    QCOMPARE(run(simulated() << QStringLiteral("--cycles") << QStringLiteral("1")
-                             << QStringLiteral("--filter") << QStringLiteral("no such network")
-                             << QStringLiteral("--export-html") << html
-                             << QStringLiteral("--log-tsv") << log,
-                 m_settings.path())
-                 .exitCode,
-             0);
-    f.close();
-    QVERIFY(f.open(QIODevice::ReadOnly));
-    QCOMPARE(f.readAll().count("Time\tNetwork Name"), 1);
-    QFile page(html);
-    QVERIFY(page.open(QIODevice::ReadOnly));
-    const QByteArray document = page.readAll();
-    QVERIFY(document.startsWith("<html><head>"));
-    QVERIFY(!document.contains("<tr><td>")); // the filter left no rows
-}
-
-void TestHeadless::unwritableOutputGivesExitCode4_data()
-{
-    QTest::addColumn<QString>("option");
-    QTest::addColumn<QString>("target");    // "blocked": a path below a plain file
-    QTest::addColumn<QByteArray>("reason"); // what the message must name
-    QTest::newRow("export below a file") << "--export-tsv"
-                                         << "blocked" << QByteArray("Cannot write");
-    QTest::newRow("log below a file") << "--log-tsv"
-                                      << "blocked" << QByteArray("Cannot write the log");
-    const QByteArray full("No space left on device");
-    QTest::newRow("tsv to a full device") << "--export-tsv"
-                                          << "/dev/full" << full;
-    QTest::newRow("html to a full device") << "--export-html"
-                                           << "/dev/full" << full;
-    QTest::newRow("log to a full device") << "--log-tsv"
-                                          << "/dev/full" << full;
-    QTest::newRow("tsv to a full file system") << "--export-tsv"
-                                               << "tiny" << full;
-    QTest::newRow("log to a full file system") << "--log-tsv"
-                                               << "tiny" << full;
-}
-
-void TestHeadless::unwritableOutputGivesExitCode4()
-{
-    QFETCH(QString, option);
-    QFETCH(QString, target);
-    QFETCH(QByteArray, reason);
-    QTemporaryDir dir;
-    QString path = target;
-    QString mountPoint;
-    auto unmount = qScopeGuard([&mountPoint] {
-        if (!mountPoint.isEmpty())
-            QProcess::execute(QStringLiteral("umount"), {mountPoint});
-    });
-    if (target == QLatin1String("blocked")) {
-        QFile blocker(dir.filePath(QStringLiteral("file")));
-        QVERIFY(blocker.open(QIODevice::WriteOnly));
-        blocker.close();
-        path = dir.filePath(QStringLiteral("file/out"));
-    } else if (target == QLatin1String("tiny")) {
-        // A small file system, filled up: only root may make one.
-        const QString point = dir.filePath(QStringLiteral("tiny"));
-        QVERIFY(QDir().mkpath(point));
-        if (QProcess::execute(QStringLiteral("mount"),
-                              {QStringLiteral("-t"), QStringLiteral("tmpfs"), QStringLiteral("-o"),
-                               QStringLiteral("size=16k"), QStringLiteral("tmpfs"), point}) != 0)
-            QSKIP("no permission to mount a small tmpfs");
-        mountPoint = point;
-        QFile fill(point + QStringLiteral("/fill"));
-        QVERIFY(fill.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
-        const QByteArray block(512, 'x');
-        while (fill.write(block) == block.size()) {
-        }
-        fill.close();
-        path = point + QStringLiteral("/out");
-    }
-    const Run r =
-        run(simulated() << QStringLiteral("--cycles") << QStringLiteral("2")
-                        << QStringLiteral("--interval") << QStringLiteral("0") << option << path,
-            m_settings.path());
-    QCOMPARE(r.exitCode, 4);
-    QVERIFY2(r.err.contains(reason), r.err.constData());
-    QVERIFY2(!r.err.contains("Unknown error"), r.err.constData());
-    // A device written to stays the device it was.
-    if (target.startsWith(QLatin1String("/dev/")))
-        QVERIFY(!QFileInfo(target).isFile());
-    // Nothing half written replaces an export.
-    if (option != QLatin1String("--log-tsv") && target == QLatin1String("tiny"))
-        QVERIFY(!QFileInfo::exists(path) || QFileInfo(path).size() == 0);
-}
-
-void TestHeadless::badArgumentsGiveExitCode2()
-{
-    for (const QStringList &args :
-         {QStringList{QStringLiteral("--headless"), QStringLiteral("--cycles"),
-                      QStringLiteral("zero")},
-          QStringList{QStringLiteral("--headless"), QStringLiteral("--backend=martian")},
-          QStringList{QStringLiteral("--headless"), QStringLiteral("--interval"),
-                      QStringLiteral("-1")},
-          QStringList{QStringLiteral("--log-tsv"), QStringLiteral("x")}}) {
-        const Run r = run(args, m_settings.path());
-        QCOMPARE(r.exitCode, 2);
-        QVERIFY(r.err.contains("--headless"));
-    }
-}
-
-void TestHeadless::sigtermLeavesACompleteLog()
-{
-    QTemporaryDir dir;
-    const QString log = dir.filePath(QStringLiteral("log.tsv"));
-    QProcess p;
-    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-    env.insert(QStringLiteral("XDG_CONFIG_HOME"), m_settings.path());
-    p.setProcessEnvironment(env);
-    p.start(binary(), simulated() << QStringLiteral("--interval") << QStringLiteral("0.05")
-                                  << QStringLiteral("--log-tsv") << log);
-    QVERIFY(p.waitForStarted());
-    // Wait for a few cycles to land in the log.
-    auto logLines = [&log] {
-        QFile f(log);
-        return f.open(QIODevice::ReadOnly) ? stamps(f.readAll()).size() : 0;
-    };
-    QTRY_VERIFY_WITH_TIMEOUT(logLines() > 20, 30000);
-    ::kill(pid_t(p.processId()), SIGTERM);
-    QVERIFY(p.waitForFinished(20000));
-    QCOMPARE(p.exitStatus(), QProcess::NormalExit);
-    QCOMPARE(p.exitCode(), 0);
-    QFile f(log);
-    QVERIFY(f.open(QIODevice::ReadOnly));
-    const QByteArray text = f.readAll();
-    QVERIFY(text.endsWith('\n'));
-    for (const QString &stamp : stamps(text))
-        QVERIFY(QDateTime::fromString(stamp, Qt::ISODateWithMs).isValid());
-}
 
 QTEST_GUILESS_MAIN(TestHeadless)
 #include "tst_headless.moc"

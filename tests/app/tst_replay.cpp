@@ -96,80 +96,79 @@ class TestReplay : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void exportedRowsMatchTheReference();
-};
+    void exportedRowsMatchTheReference()
+    {
+        const QString binary = qEnvironmentVariable("CORVANE_BINARY");
+        const QString dir =
+            qEnvironmentVariable("CORVANE_TESTDATA_DIR") + QStringLiteral("/beacons");
+        if (binary.isEmpty() || !QFile::exists(dir + QStringLiteral("/expected.tsv")))
+            QSKIP("the program or the beacon captures are not available");
+        const QList<Expected> expected = readExpected(dir + QStringLiteral("/expected.tsv"));
+        QVERIFY(expected.size() > 40);
 
-void TestReplay::exportedRowsMatchTheReference()
-{
-    const QString binary = qEnvironmentVariable("CORVANE_BINARY");
-    const QString dir = qEnvironmentVariable("CORVANE_TESTDATA_DIR") + QStringLiteral("/beacons");
-    if (binary.isEmpty() || !QFile::exists(dir + QStringLiteral("/expected.tsv")))
-        QSKIP("the program or the beacon captures are not available");
-    const QList<Expected> expected = readExpected(dir + QStringLiteral("/expected.tsv"));
-    QVERIFY(expected.size() > 40);
-
-    QSet<QString> files;
-    for (const Expected &e : expected)
-        files.insert(e.file);
-    QTemporaryDir settings;
-    QStringList mismatches;
-    int compared = 0;
-    for (const QString &file : files) {
-        QProcess p;
-        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-        env.insert(QStringLiteral("XDG_CONFIG_HOME"), settings.path());
-        p.setProcessEnvironment(env);
-        p.start(binary,
-                {QStringLiteral("--headless"), QStringLiteral("--backend=replay"),
-                 QStringLiteral("--capture"), dir + QLatin1Char('/') + file,
-                 QStringLiteral("--speed"), QStringLiteral("0"), QStringLiteral("--interval"),
-                 QStringLiteral("0"), QStringLiteral("--export-tsv"), QStringLiteral("-")});
-        QVERIFY2(p.waitForFinished(60000), qPrintable(file));
-        QVERIFY2(p.exitCode() == 0,
-                 qPrintable(file + QLatin1Char(' ') + QString::fromUtf8(p.readAllStandardError())));
-        QHash<QString, QStringList> rows;
-        for (const QByteArray &line : p.readAllStandardOutput().split('\n')) {
-            const QStringList cells = QString::fromUtf8(line).split(QLatin1Char('\t'));
-            if (cells.size() == 22)
-                rows.insert(cells.at(1), cells);
-        }
-        for (const Expected &e : expected) {
-            if (e.file != file)
-                continue;
-            const QStringList row = rows.value(e.bssid);
-            if (row.isEmpty()) {
-                mismatches << QStringLiteral("%1 %2: not exported").arg(file, e.bssid);
-                continue;
+        QSet<QString> files;
+        for (const Expected &e : expected)
+            files.insert(e.file);
+        QTemporaryDir settings;
+        QStringList mismatches;
+        int compared = 0;
+        for (const QString &file : files) {
+            QProcess p;
+            QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+            env.insert(QStringLiteral("XDG_CONFIG_HOME"), settings.path());
+            p.setProcessEnvironment(env);
+            p.start(binary,
+                    {QStringLiteral("--headless"), QStringLiteral("--backend=replay"),
+                     QStringLiteral("--capture"), dir + QLatin1Char('/') + file,
+                     QStringLiteral("--speed"), QStringLiteral("0"), QStringLiteral("--interval"),
+                     QStringLiteral("0"), QStringLiteral("--export-tsv"), QStringLiteral("-")});
+            QVERIFY2(p.waitForFinished(60000), qPrintable(file));
+            QVERIFY2(p.exitCode() == 0, qPrintable(file + QLatin1Char(' ') +
+                                                   QString::fromUtf8(p.readAllStandardError())));
+            QHash<QString, QStringList> rows;
+            for (const QByteArray &line : p.readAllStandardOutput().split('\n')) {
+                const QStringList cells = QString::fromUtf8(line).split(QLatin1Char('\t'));
+                if (cells.size() == 22)
+                    rows.insert(cells.at(1), cells);
             }
-            ++compared;
-            const bool five = e.label.contains(QLatin1String("5GHz"));
-            const QString channel = e.channel.isEmpty() ? e.htPrimary : e.channel;
-            const QList<QPair<QString, QPair<QString, QString>>> checks = {
-                {QStringLiteral("security"), {row.at(16), securityText(e.label)}},
-                {QStringLiteral("phy"), {row.at(17), phyText(e, five)}},
-                {QStringLiteral("channel"), {row.at(18), channel}},
-                {QStringLiteral("band"),
-                 {row.at(19), five ? QStringLiteral("5GHz") : QStringLiteral("2.4GHz")}},
-                {QStringLiteral("width"), {row.at(20), widthText(e)}},
-                {QStringLiteral("ibss"),
-                 {row.at(21),
-                  e.ibss == QLatin1String("1") ? QStringLiteral("Yes") : QStringLiteral("No")}},
-                {QStringLiteral("name"),
-                 {row.at(0) == QLatin1String("(null)") ? QStringLiteral("hidden")
-                                                       : QStringLiteral("named"),
-                  e.ssidHidden == QLatin1String("no") ? QStringLiteral("named")
-                                                      : QStringLiteral("hidden")}},
-            };
-            for (const auto &[what, values] : checks) {
-                if (values.first != values.second)
-                    mismatches << QStringLiteral("%1 %2 %3: got \"%4\", expected \"%5\"")
-                                      .arg(file, e.bssid, what, values.first, values.second);
+            for (const Expected &e : expected) {
+                if (e.file != file)
+                    continue;
+                const QStringList row = rows.value(e.bssid);
+                if (row.isEmpty()) {
+                    mismatches << QStringLiteral("%1 %2: not exported").arg(file, e.bssid);
+                    continue;
+                }
+                ++compared;
+                const bool five = e.label.contains(QLatin1String("5GHz"));
+                const QString channel = e.channel.isEmpty() ? e.htPrimary : e.channel;
+                const QList<QPair<QString, QPair<QString, QString>>> checks = {
+                    {QStringLiteral("security"), {row.at(16), securityText(e.label)}},
+                    {QStringLiteral("phy"), {row.at(17), phyText(e, five)}},
+                    {QStringLiteral("channel"), {row.at(18), channel}},
+                    {QStringLiteral("band"),
+                     {row.at(19), five ? QStringLiteral("5GHz") : QStringLiteral("2.4GHz")}},
+                    {QStringLiteral("width"), {row.at(20), widthText(e)}},
+                    {QStringLiteral("ibss"),
+                     {row.at(21),
+                      e.ibss == QLatin1String("1") ? QStringLiteral("Yes") : QStringLiteral("No")}},
+                    {QStringLiteral("name"),
+                     {row.at(0) == QLatin1String("(null)") ? QStringLiteral("hidden")
+                                                           : QStringLiteral("named"),
+                      e.ssidHidden == QLatin1String("no") ? QStringLiteral("named")
+                                                          : QStringLiteral("hidden")}},
+                };
+                for (const auto &[what, values] : checks) {
+                    if (values.first != values.second)
+                        mismatches << QStringLiteral("%1 %2 %3: got \"%4\", expected \"%5\"")
+                                          .arg(file, e.bssid, what, values.first, values.second);
+                }
             }
         }
+        QVERIFY2(mismatches.isEmpty(), qPrintable(mismatches.join(QLatin1Char('\n'))));
+        QCOMPARE(compared, expected.size());
     }
-    QVERIFY2(mismatches.isEmpty(), qPrintable(mismatches.join(QLatin1Char('\n'))));
-    QCOMPARE(compared, expected.size());
-}
+};
 
 QTEST_GUILESS_MAIN(TestReplay)
 #include "tst_replay.moc"

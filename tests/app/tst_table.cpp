@@ -29,266 +29,253 @@ class TestTable : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void filterMatchesNameBssidAndComment_data();
-    void filterMatchesNameBssidAndComment();
-    void filterAsksChangedNetworksAgain();
-    void cellsByIdentifier();
-    void commentEditPersistsAcrossRestart();
-    void selectionFollowsTheNetwork();
-    void newAndHiddenRowsKeepTheScrollPosition();
-    void exports_data();
-    void exports();
-};
-
-void TestTable::filterMatchesNameBssidAndComment_data()
-{
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<QStringList>("rows");
-    QTest::newRow("empty shows all")
-        << QString()
-        << QStringList{QStringLiteral("Alpha"), QStringLiteral("Bravo"), QStringLiteral("Charlie")};
-    QTest::newRow("part of a name")
-        << QStringLiteral("rav") << QStringList{QStringLiteral("Bravo")};
-    QTest::newRow("bssid lower") << QStringLiteral("2c:3d") << QStringList{QStringLiteral("Alpha")};
-    QTest::newRow("bssid upper") << QStringLiteral("4E:5F") << QStringList{QStringLiteral("Alpha")};
-    QTest::newRow("comment") << QStringLiteral("KITCHEN") << QStringList{QStringLiteral("Charlie")};
-    QTest::newRow("nothing") << QStringLiteral("zzz") << QStringList{};
-}
-
-// The search field is read by the next cycle (or an explicit filter), not on every key.
-void TestTable::filterMatchesNameBssidAndComment()
-{
-    QFETCH(QString, text);
-    QFETCH(QStringList, rows);
-    AppHarness h;
-    h.preferences->setComment(kC, QStringLiteral("in the kitchen"));
-    h.launchWith({FakeBackend::network(kA, QStringLiteral("Alpha")),
-                  FakeBackend::network(kB, QStringLiteral("Bravo")),
-                  FakeBackend::network(kC, QStringLiteral("Charlie"))});
-    h.find<QLineEdit>("searchField")->setText(text);
-    QCOMPARE(h.app().numberOfRowsInTableView(), 3);
-    h.app().performUpdateCycle();
-    QCOMPARE(h.rowNames(), rows);
-}
-
-// Under the same text, a network renamed by a scan is asked again, and so is one whose
-// comment was edited while it was not heard; the rest keep their answers.
-void TestTable::filterAsksChangedNetworksAgain()
-{
-    AppHarness h;
-    h.launchWith({FakeBackend::network(kA, QStringLiteral("Alpha")),
-                  FakeBackend::network(kB, QStringLiteral("Bravo"))});
-    h.find<QLineEdit>("searchField")->setText(QStringLiteral("bravo"));
-    h.backend->scans = {{FakeBackend::network(kA, QStringLiteral("Bravo Two"))},
-                        {FakeBackend::network(kA, QStringLiteral("Alpha"))},
-                        {FakeBackend::network(kB, QStringLiteral("Bravo"))}};
-    h.app().performUpdateCycle();
-    QCOMPARE(h.rowNames(), (QStringList{QStringLiteral("Bravo"), QStringLiteral("Bravo Two")}));
-    h.app().setSelectedNetwork(h.app().networkWithBssid(kA)->cwNetwork());
-    h.app().setObjectValue(QStringLiteral("bravo's neighbour"), QStringLiteral("comment"), 0);
-    h.app().performUpdateCycle();
-    QCOMPARE(h.rowNames(), (QStringList{QStringLiteral("Alpha"), QStringLiteral("Bravo")}));
-    h.app().setObjectValue(QStringLiteral("moved away"), QStringLiteral("comment"), 0);
-    h.app().performUpdateCycle();
-    QCOMPARE(h.rowNames(), QStringList{QStringLiteral("Bravo")});
-}
-
-void TestTable::cellsByIdentifier()
-{
-    AppHarness h;
-    h.launchWith({FakeBackend::network(kA, std::nullopt, -53, -90, 149)});
-    auto cell = [&h](const char *id) {
-        return h.app().objectValueForTableColumn(QString::fromLatin1(id), 0);
-    };
-    QVERIFY(!cell("NETWORK_NAME").isValid()); // hidden network: no name
-    QCOMPARE(cell("BSSID").toString(), kA);
-    QCOMPARE(cell("CHANNEL").toLongLong(), 149);
-    QCOMPARE(cell("BAND").toString(), QStringLiteral("5GHz"));
-    QCOMPARE(cell("SECURITY_MODE").toString(), QStringLiteral("WPA2 Personal"));
-    QCOMPARE(cell("SIGNAL").toString(), QStringLiteral("50%"));
-    QCOMPARE(cell("MAX").toString(), QStringLiteral("50%"));
-    QCOMPARE(cell("LEVEL").toDouble(), 5.0);
-    QCOMPARE(cell("NETWORK_MODE").toString(), QStringLiteral("No"));
-    QCOMPARE(cell("lastSeen").toString(), QStringLiteral("Just now"));
-    QVERIFY(!cell("icon").value<QImage>().isNull());
-    QVERIFY(!cell("PHY_MODE").isValid());
-    // Rows past the end of the list give empty cells, never a crash.
-    QVERIFY(!h.app().objectValueForTableColumn(QStringLiteral("BSSID"), 5).isValid());
-    QVERIFY(!h.app().objectValueForTableColumn(QStringLiteral("BSSID"), -1).isValid());
-}
-
-void TestTable::commentEditPersistsAcrossRestart()
-{
-    AppHarness h;
-    h.launchWith({FakeBackend::network(kA, QStringLiteral("Alpha")),
-                  FakeBackend::network(kB, QStringLiteral("Bravo"))});
-    h.find<QTableView>("scanResultsTable")->selectRow(1);
-    // The edit goes to the selected network, whatever row sent it; other columns are fixed.
-    h.app().setObjectValue(QStringLiteral("by the door"), QStringLiteral("comment"), 0);
-    h.app().setObjectValue(QStringLiteral("x"), QStringLiteral("NETWORK_NAME"), 1);
-    QCOMPARE(h.app().networkWithBssid(kB)->comment(),
-             std::optional<QString>(QStringLiteral("by the door")));
-    QVERIFY(!h.app().networkWithBssid(kA)->comment());
-    QCOMPARE(h.app().networkWithBssid(kB)->name(), std::optional<QString>(QStringLiteral("Bravo")));
-
-    // Hidden by the search, the selected network takes no comment.
-    h.find<QLineEdit>("searchField")->setText(QStringLiteral("Alpha"));
-    h.app().filterNetworks();
-    h.app().setObjectValue(QStringLiteral("lost"), QStringLiteral("comment"), 0);
-    QVERIFY(!h.app().networkWithBssid(kA)->comment());
-
-    h.restart();
-    h.launchWith({FakeBackend::network(kB, QStringLiteral("Bravo"))});
-    QCOMPARE(h.app().networkWithBssid(kB)->comment(),
-             std::optional<QString>(QStringLiteral("by the door")));
-}
-
-void TestTable::selectionFollowsTheNetwork()
-{
-    AppHarness h;
-    h.launchWith({FakeBackend::network(kA, QStringLiteral("Alpha")),
-                  FakeBackend::network(kB, QStringLiteral("Bravo"))});
-    auto *table = h.find<NetworkTableView>("scanResultsTable");
-    table->selectRow(1); // Bravo
-    // A new network sorts before Bravo; the selection moves with Bravo.
-    h.backend->scans = {{FakeBackend::network(kC, QStringLiteral("Aardvark"))}};
-    h.app().performUpdateCycle();
-    QCOMPARE(h.rowNames().indexOf(QStringLiteral("Bravo")), 2);
-    QCOMPARE(selectedRow(table), 2);
-    // Joined, Bravo moves to the top (a reorder, not an insertion): still selected.
-    h.backend->currentBssid = kB;
-    h.app().performUpdateCycle();
-    QCOMPARE(table->model()->index(0, 1).data().toString(), QStringLiteral("Bravo"));
-    QCOMPARE(selectedRow(table), 0);
-    // Clearing the selection keeps the remembered network.
-    table->clearSelection();
-    QCOMPARE(h.app().selectedNetwork()->bssid(), kB);
-
-    // A comment being typed (here in row 0) holds the reload until the editor closes.
-    h.app().window()->show();
-    const QModelIndex comment = table->model()->index(0, 3);
-    table->setCurrentIndex(comment);
-    table->edit(comment);
-    QCOMPARE(table->editedRow(), 0);
-    h.backend->scans = {
-        {FakeBackend::network(QStringLiteral("00:00:00:00:00:0d"), QStringLiteral("Delta"))}};
-    h.app().performUpdateCycle();
-    QCOMPARE(table->model()->rowCount(), 3);
-    table->setCurrentIndex(table->model()->index(1, 1)); // moving on closes the editor
-    QCOMPARE(table->editedRow(), -1);
-    h.app().performUpdateCycle();
-    QCOMPARE(table->model()->rowCount(), 4);
-}
-
-// Rows that appear are inserted and rows the filter hides are removed, each as such: the
-// view keeps its place and its selection, and nobody is pulled back to the selected row.
-void TestTable::newAndHiddenRowsKeepTheScrollPosition()
-{
-    AppHarness h;
-    QList<CWNetworkRef> scan;
-    for (int i = 0; i < 60; ++i)
-        scan << FakeBackend::network(
-            QStringLiteral("00:00:00:00:01:%1").arg(i, 2, 10, QLatin1Char('0')),
-            QStringLiteral("Net %1").arg(i, 2, 10, QLatin1Char('0')));
-    h.launchWith(scan);
-    auto *table = h.find<QTableView>("scanResultsTable");
-    h.app().window()->resize(900, 500);
-    h.app().window()->show();
-    table->selectRow(1); // "Net 01", near the top
-    table->scrollToBottom();
-    const int scrolled = table->verticalScrollBar()->value();
-    QVERIFY(scrolled > 0);
-    QSignalSpy resets(table->model(), &QAbstractItemModel::modelReset);
-    QSignalSpy inserted(table->model(), &QAbstractItemModel::rowsInserted);
-    QSignalSpy removed(table->model(), &QAbstractItemModel::rowsRemoved);
-    QSignalSpy changed(table->model(), &QAbstractItemModel::dataChanged);
-
-    // Two new networks, one before the selected row: inserted, not reset. One known
-    // network is heard again.
-    h.backend->scans = {
-        {FakeBackend::network(kA, QStringLiteral("Net 00a")),
-         FakeBackend::network(QStringLiteral("00:00:00:00:01:30"), QStringLiteral("Net 30"), -50),
-         FakeBackend::network(kB, QStringLiteral("Net 99"))}};
-    h.app().performUpdateCycle();
-    QCOMPARE(resets.size(), 0);
-    QCOMPARE(inserted.size(), 2);
-    QCOMPARE(table->verticalScrollBar()->value(), scrolled);
-    QCOMPARE(selectedRow(table), 2);
-    // Only the row heard again changed whole; the rest only in "Last Seen".
-    int wholeRows = 0;
-    for (const QList<QVariant> &args : std::as_const(changed)) {
-        const auto from = args.at(0).value<QModelIndex>();
-        const auto to = args.at(1).value<QModelIndex>();
-        if (from.column() == 0)
-            wholeRows += to.row() - from.row() + 1;
+    void filterMatchesNameBssidAndComment_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QStringList>("rows");
+        QTest::newRow("empty shows all")
+            << QString()
+            << QStringList{QStringLiteral("Alpha"), QStringLiteral("Bravo"),
+                           QStringLiteral("Charlie")};
+        QTest::newRow("part of a name")
+            << QStringLiteral("rav") << QStringList{QStringLiteral("Bravo")};
+        QTest::newRow("bssid lower")
+            << QStringLiteral("2c:3d") << QStringList{QStringLiteral("Alpha")};
+        QTest::newRow("bssid upper")
+            << QStringLiteral("4E:5F") << QStringList{QStringLiteral("Alpha")};
+        QTest::newRow("comment") << QStringLiteral("KITCHEN")
+                                 << QStringList{QStringLiteral("Charlie")};
+        QTest::newRow("nothing") << QStringLiteral("zzz") << QStringList{};
     }
-    QCOMPARE(wholeRows, 1);
+    // The search field is read by the next cycle (or an explicit filter), not on every key.
+    void filterMatchesNameBssidAndComment()
+    {
+        QFETCH(QString, text);
+        QFETCH(QStringList, rows);
+        AppHarness h;
+        h.preferences->setComment(kC, QStringLiteral("in the kitchen"));
+        h.launchWith({FakeBackend::network(kA, QStringLiteral("Alpha")),
+                      FakeBackend::network(kB, QStringLiteral("Bravo")),
+                      FakeBackend::network(kC, QStringLiteral("Charlie"))});
+        h.find<QLineEdit>("searchField")->setText(text);
+        QCOMPARE(h.app().numberOfRowsInTableView(), 3);
+        h.app().performUpdateCycle();
+        QCOMPARE(h.rowNames(), rows);
+    }
+    // Under the same text, a network renamed by a scan is asked again, and so is one whose
+    // comment was edited while it was not heard; the rest keep their answers.
+    void filterAsksChangedNetworksAgain()
+    {
+        AppHarness h;
+        h.launchWith({FakeBackend::network(kA, QStringLiteral("Alpha")),
+                      FakeBackend::network(kB, QStringLiteral("Bravo"))});
+        h.find<QLineEdit>("searchField")->setText(QStringLiteral("bravo"));
+        h.backend->scans = {{FakeBackend::network(kA, QStringLiteral("Bravo Two"))},
+                            {FakeBackend::network(kA, QStringLiteral("Alpha"))},
+                            {FakeBackend::network(kB, QStringLiteral("Bravo"))}};
+        h.app().performUpdateCycle();
+        QCOMPARE(h.rowNames(), (QStringList{QStringLiteral("Bravo"), QStringLiteral("Bravo Two")}));
+        h.app().setSelectedNetwork(h.app().networkWithBssid(kA)->cwNetwork());
+        h.app().setObjectValue(QStringLiteral("bravo's neighbour"), QStringLiteral("comment"), 0);
+        h.app().performUpdateCycle();
+        QCOMPARE(h.rowNames(), (QStringList{QStringLiteral("Alpha"), QStringLiteral("Bravo")}));
+        h.app().setObjectValue(QStringLiteral("moved away"), QStringLiteral("comment"), 0);
+        h.app().performUpdateCycle();
+        QCOMPARE(h.rowNames(), QStringList{QStringLiteral("Bravo")});
+    }
+    void cellsByIdentifier()
+    {
+        AppHarness h;
+        h.launchWith({FakeBackend::network(kA, std::nullopt, -53, -90, 149)});
+        auto cell = [&h](const char *id) {
+            return h.app().objectValueForTableColumn(QString::fromLatin1(id), 0);
+        };
+        QVERIFY(!cell("NETWORK_NAME").isValid()); // hidden network: no name
+        QCOMPARE(cell("BSSID").toString(), kA);
+        QCOMPARE(cell("CHANNEL").toLongLong(), 149);
+        QCOMPARE(cell("BAND").toString(), QStringLiteral("5GHz"));
+        QCOMPARE(cell("SECURITY_MODE").toString(), QStringLiteral("WPA2 Personal"));
+        QCOMPARE(cell("SIGNAL").toString(), QStringLiteral("50%"));
+        QCOMPARE(cell("MAX").toString(), QStringLiteral("50%"));
+        QCOMPARE(cell("LEVEL").toDouble(), 5.0);
+        QCOMPARE(cell("NETWORK_MODE").toString(), QStringLiteral("No"));
+        QCOMPARE(cell("lastSeen").toString(), QStringLiteral("Just now"));
+        QVERIFY(!cell("icon").value<QImage>().isNull());
+        QVERIFY(!cell("PHY_MODE").isValid());
+        // Rows past the end of the list give empty cells, never a crash.
+        QVERIFY(!h.app().objectValueForTableColumn(QStringLiteral("BSSID"), 5).isValid());
+        QVERIFY(!h.app().objectValueForTableColumn(QStringLiteral("BSSID"), -1).isValid());
+    }
+    void commentEditPersistsAcrossRestart()
+    {
+        AppHarness h;
+        h.launchWith({FakeBackend::network(kA, QStringLiteral("Alpha")),
+                      FakeBackend::network(kB, QStringLiteral("Bravo"))});
+        h.find<QTableView>("scanResultsTable")->selectRow(1);
+        // The edit goes to the selected network, whatever row sent it; other columns are fixed.
+        h.app().setObjectValue(QStringLiteral("by the door"), QStringLiteral("comment"), 0);
+        h.app().setObjectValue(QStringLiteral("x"), QStringLiteral("NETWORK_NAME"), 1);
+        QCOMPARE(h.app().networkWithBssid(kB)->comment(),
+                 std::optional<QString>(QStringLiteral("by the door")));
+        QVERIFY(!h.app().networkWithBssid(kA)->comment());
+        QCOMPARE(h.app().networkWithBssid(kB)->name(),
+                 std::optional<QString>(QStringLiteral("Bravo")));
 
-    // A search that hides some rows removes them.
-    h.find<QLineEdit>("searchField")->setText(QStringLiteral("Net 0"));
-    h.app().performUpdateCycle();
-    QCOMPARE(resets.size(), 0);
-    QVERIFY(removed.size() > 0);
-    QCOMPARE(h.app().numberOfRowsInTableView(), qsizetype(11));
-    QCOMPARE(h.rowNames().at(2), QStringLiteral("Net 01"));
-    QCOMPARE(selectedRow(table), 2);
-}
+        // Hidden by the search, the selected network takes no comment.
+        h.find<QLineEdit>("searchField")->setText(QStringLiteral("Alpha"));
+        h.app().filterNetworks();
+        h.app().setObjectValue(QStringLiteral("lost"), QStringLiteral("comment"), 0);
+        QVERIFY(!h.app().networkWithBssid(kA)->comment());
 
-void TestTable::exports_data()
-{
-    QTest::addColumn<bool>("html");
-    QTest::addColumn<QString>("target"); // "": cancelled; "blocked": below a plain file
-    QTest::newRow("tsv") << false << QStringLiteral("networks.tsv");
-    QTest::newRow("html") << true << QStringLiteral("networks.html");
-    QTest::newRow("tsv into no folder") << false << QStringLiteral("blocked");
-    QTest::newRow("html cancelled") << true << QString();
-}
+        h.restart();
+        h.launchWith({FakeBackend::network(kB, QStringLiteral("Bravo"))});
+        QCOMPARE(h.app().networkWithBssid(kB)->comment(),
+                 std::optional<QString>(QStringLiteral("by the door")));
+    }
+    void selectionFollowsTheNetwork()
+    {
+        AppHarness h;
+        h.launchWith({FakeBackend::network(kA, QStringLiteral("Alpha")),
+                      FakeBackend::network(kB, QStringLiteral("Bravo"))});
+        auto *table = h.find<NetworkTableView>("scanResultsTable");
+        table->selectRow(1); // Bravo
+        // A new network sorts before Bravo; the selection moves with Bravo.
+        h.backend->scans = {{FakeBackend::network(kC, QStringLiteral("Aardvark"))}};
+        h.app().performUpdateCycle();
+        QCOMPARE(h.rowNames().indexOf(QStringLiteral("Bravo")), 2);
+        QCOMPARE(selectedRow(table), 2);
+        // Joined, Bravo moves to the top (a reorder, not an insertion): still selected.
+        h.backend->currentBssid = kB;
+        h.app().performUpdateCycle();
+        QCOMPARE(table->model()->index(0, 1).data().toString(), QStringLiteral("Bravo"));
+        QCOMPARE(selectedRow(table), 0);
+        // Clearing the selection keeps the remembered network.
+        table->clearSelection();
+        QCOMPARE(h.app().selectedNetwork()->bssid(), kB);
 
-void TestTable::exports()
-{
-    QFETCH(bool, html);
-    QFETCH(QString, target);
-    AppHarness h;
-    h.launchWith({FakeBackend::network(kA, QStringLiteral("Tab\there")),
-                  FakeBackend::network(kB, QStringLiteral("<b>bold</b>"))});
-    QTemporaryDir out;
-    // A folder nobody can write into, root included: its "parent" is a plain file.
-    QFile blocker(out.filePath(QStringLiteral("blocked")));
-    QVERIFY(blocker.open(QIODevice::WriteOnly));
-    blocker.close();
-    h.files.answer = target.isEmpty() ? QString() : out.filePath(target);
-    if (target == QLatin1String("blocked"))
-        h.files.answer += QStringLiteral("/wifi-details.csv");
-    html ? h.app().exportToHTML() : h.app().exportToCSV();
-    QCOMPARE(h.files.lastRepresentedName,
-             html ? QStringLiteral("wifi-details.html") : QStringLiteral("wifi-details.csv"));
-    QVERIFY(h.files.lastStartDirectory.endsWith(QStringLiteral("/Documents")));
-    if (target.isEmpty() || target == QLatin1String("blocked")) {
-        QVERIFY(target.isEmpty() || !QFileInfo::exists(h.files.answer));
-        QCOMPARE(h.alerts.lines().size(), target.isEmpty() ? 0 : 1);
-        if (!target.isEmpty()) {
-            const QString line = h.alerts.lines().constFirst();
-            QVERIFY(line.startsWith(
-                QStringLiteral("Error: Export to csv '%1' failed: ").arg(h.files.answer)));
-            QVERIFY(line.endsWith(QStringLiteral(".\rPlease try again.")));
+        // A comment being typed (here in row 0) holds the reload until the editor closes.
+        h.app().window()->show();
+        const QModelIndex comment = table->model()->index(0, 3);
+        table->setCurrentIndex(comment);
+        table->edit(comment);
+        QCOMPARE(table->editedRow(), 0);
+        h.backend->scans = {
+            {FakeBackend::network(QStringLiteral("00:00:00:00:00:0d"), QStringLiteral("Delta"))}};
+        h.app().performUpdateCycle();
+        QCOMPARE(table->model()->rowCount(), 3);
+        table->setCurrentIndex(table->model()->index(1, 1)); // moving on closes the editor
+        QCOMPARE(table->editedRow(), -1);
+        h.app().performUpdateCycle();
+        QCOMPARE(table->model()->rowCount(), 4);
+    }
+    // Rows that appear are inserted and rows the filter hides are removed, each as such: the
+    // view keeps its place and its selection, and nobody is pulled back to the selected row.
+    void newAndHiddenRowsKeepTheScrollPosition()
+    {
+        AppHarness h;
+        QList<CWNetworkRef> scan;
+        for (int i = 0; i < 60; ++i)
+            scan << FakeBackend::network(
+                QStringLiteral("00:00:00:00:01:%1").arg(i, 2, 10, QLatin1Char('0')),
+                QStringLiteral("Net %1").arg(i, 2, 10, QLatin1Char('0')));
+        h.launchWith(scan);
+        auto *table = h.find<QTableView>("scanResultsTable");
+        h.app().window()->resize(900, 500);
+        h.app().window()->show();
+        table->selectRow(1); // "Net 01", near the top
+        table->scrollToBottom();
+        const int scrolled = table->verticalScrollBar()->value();
+        QVERIFY(scrolled > 0);
+        QSignalSpy resets(table->model(), &QAbstractItemModel::modelReset);
+        QSignalSpy inserted(table->model(), &QAbstractItemModel::rowsInserted);
+        QSignalSpy removed(table->model(), &QAbstractItemModel::rowsRemoved);
+        QSignalSpy changed(table->model(), &QAbstractItemModel::dataChanged);
+
+        // Two new networks, one before the selected row: inserted, not reset. One known
+        // network is heard again.
+        h.backend->scans = {{FakeBackend::network(kA, QStringLiteral("Net 00a")),
+                             FakeBackend::network(QStringLiteral("00:00:00:00:01:30"),
+                                                  QStringLiteral("Net 30"), -50),
+                             FakeBackend::network(kB, QStringLiteral("Net 99"))}};
+        h.app().performUpdateCycle();
+        QCOMPARE(resets.size(), 0);
+        QCOMPARE(inserted.size(), 2);
+        QCOMPARE(table->verticalScrollBar()->value(), scrolled);
+        QCOMPARE(selectedRow(table), 2);
+        // Only the row heard again changed whole; the rest only in "Last Seen".
+        int wholeRows = 0;
+        for (const QList<QVariant> &args : std::as_const(changed)) {
+            const auto from = args.at(0).value<QModelIndex>();
+            const auto to = args.at(1).value<QModelIndex>();
+            if (from.column() == 0)
+                wholeRows += to.row() - from.row() + 1;
         }
-        return;
+        QCOMPARE(wholeRows, 1);
+
+        // A search that hides some rows removes them.
+        h.find<QLineEdit>("searchField")->setText(QStringLiteral("Net 0"));
+        h.app().performUpdateCycle();
+        QCOMPARE(resets.size(), 0);
+        QVERIFY(removed.size() > 0);
+        QCOMPARE(h.app().numberOfRowsInTableView(), qsizetype(11));
+        QCOMPARE(h.rowNames().at(2), QStringLiteral("Net 01"));
+        QCOMPARE(selectedRow(table), 2);
     }
-    QFile file(h.files.answer);
-    QVERIFY(file.open(QIODevice::ReadOnly));
-    const QString text = QString::fromUtf8(file.readAll());
-    QVERIFY(h.alerts.lines().isEmpty());
-    if (html) {
-        QVERIFY(text.contains(QStringLiteral("<td><b>bold</b></td>")));
-        QVERIFY(text.endsWith(QStringLiteral("</table></body></html>")));
-        return;
+    void exports_data()
+    {
+        QTest::addColumn<bool>("html");
+        QTest::addColumn<QString>("target"); // "": cancelled; "blocked": below a plain file
+        QTest::newRow("tsv") << false << QStringLiteral("networks.tsv");
+        QTest::newRow("html") << true << QStringLiteral("networks.html");
+        QTest::newRow("tsv into no folder") << false << QStringLiteral("blocked");
+        QTest::newRow("html cancelled") << true << QString();
     }
-    const QStringList lines = text.split(QLatin1Char('\n'));
-    QCOMPARE(lines.size(), 4); // head, two rows, and nothing after the last line feed
-    QVERIFY(lines.at(0).startsWith(QStringLiteral("Network Name\tBSSID\tComment")));
-    QCOMPARE(lines.at(1).split(QLatin1Char('\t')).size(), 22);
-    QCOMPARE(lines.at(2).split(QLatin1Char('\t')).size(), 23); // the tab in the name shifts
-}
+    void exports()
+    {
+        QFETCH(bool, html);
+        QFETCH(QString, target);
+        AppHarness h;
+        h.launchWith({FakeBackend::network(kA, QStringLiteral("Tab\there")),
+                      FakeBackend::network(kB, QStringLiteral("<b>bold</b>"))});
+        QTemporaryDir out;
+        // A folder nobody can write into, root included: its "parent" is a plain file.
+        QFile blocker(out.filePath(QStringLiteral("blocked")));
+        QVERIFY(blocker.open(QIODevice::WriteOnly));
+        blocker.close();
+        h.files.answer = target.isEmpty() ? QString() : out.filePath(target);
+        if (target == QLatin1String("blocked"))
+            h.files.answer += QStringLiteral("/wifi-details.csv");
+        html ? h.app().exportToHTML() : h.app().exportToCSV();
+        QCOMPARE(h.files.lastRepresentedName,
+                 html ? QStringLiteral("wifi-details.html") : QStringLiteral("wifi-details.csv"));
+        QVERIFY(h.files.lastStartDirectory.endsWith(QStringLiteral("/Documents")));
+        if (target.isEmpty() || target == QLatin1String("blocked")) {
+            QVERIFY(target.isEmpty() || !QFileInfo::exists(h.files.answer));
+            QCOMPARE(h.alerts.lines().size(), target.isEmpty() ? 0 : 1);
+            if (!target.isEmpty()) {
+                const QString line = h.alerts.lines().constFirst();
+                QVERIFY(line.startsWith(
+                    QStringLiteral("Error: Export to csv '%1' failed: ").arg(h.files.answer)));
+                QVERIFY(line.endsWith(QStringLiteral(".\rPlease try again.")));
+            }
+            return;
+        }
+        QFile file(h.files.answer);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        const QString text = QString::fromUtf8(file.readAll());
+        QVERIFY(h.alerts.lines().isEmpty());
+        if (html) {
+            QVERIFY(text.contains(QStringLiteral("<td><b>bold</b></td>")));
+            QVERIFY(text.endsWith(QStringLiteral("</table></body></html>")));
+            return;
+        }
+        const QStringList lines = text.split(QLatin1Char('\n'));
+        QCOMPARE(lines.size(), 4); // head, two rows, and nothing after the last line feed
+        QVERIFY(lines.at(0).startsWith(QStringLiteral("Network Name\tBSSID\tComment")));
+        QCOMPARE(lines.at(1).split(QLatin1Char('\t')).size(), 22);
+        QCOMPARE(lines.at(2).split(QLatin1Char('\t')).size(), 23); // the tab in the name shifts
+    }
+};
 
 QTEST_MAIN(TestTable)
 #include "tst_table.moc"
