@@ -9,9 +9,9 @@
 #include <QtTest>
 
 namespace {
-const QString kA = QStringLiteral("00:00:00:00:00:0a");
-const QString kB = QStringLiteral("00:00:00:00:00:0b");
-const QString kC = QStringLiteral("00:00:00:00:00:0c");
+const QString kA = "00:00:00:00:00:0a";
+const QString kB = "00:00:00:00:00:0b";
+const QString kC = "00:00:00:00:00:0c";
 } // namespace
 
 class TestCycle : public QObject
@@ -36,8 +36,7 @@ private Q_SLOTS:
         AppHarness h;
         h.preferences->setUpdateInterval(interval); // positions 1 and 2 store 1 and 2 s
         if (interval == 3)
-            QSettings(QStringLiteral("Corvane"), QStringLiteral("Wi-Fi Monitor"))
-                .setValue(QStringLiteral("ui"), 3);
+            QSettings("Corvane", "Wi-Fi Monitor").setValue("ui", 3);
         h.app().applicationDidFinishLaunching();
         QCOMPARE(h.app().tickCount(), quint64(0));
         h.backend->power = powered;
@@ -58,34 +57,32 @@ private Q_SLOTS:
     void launchMergesScansIntoRecords()
     {
         AppHarness h;
-        h.preferences->setComment(kC, QStringLiteral("upstairs"));
+        h.preferences->setComment(kC, "upstairs");
         h.backend->currentBssid = kC;
-        h.backend->scans = {{FakeBackend::network(kA, QStringLiteral("Bravo"), -50),
-                             FakeBackend::network(kA, QStringLiteral("Bravo"), -70),
-                             FakeBackend::network(kB, QStringLiteral("Alpha"))},
-                            {FakeBackend::network(kC, QStringLiteral("Zulu"))}};
+        h.backend->scans = {{FakeBackend::network(kA, "Bravo", -50),
+                             FakeBackend::network(kA, "Bravo", -70),
+                             FakeBackend::network(kB, "Alpha")},
+                            {FakeBackend::network(kC, "Zulu")}};
         h.app().applicationDidFinishLaunching();
         QCOMPARE(h.backend->scanCount, 2);
         QCOMPARE(h.backend->authorizationCount, 2);
         QVERIFY(h.backend->scanParameters.constFirst().isEmpty());
-        QCOMPARE(h.app().currentInterface()->interfaceName(), QStringLiteral("wlan0"));
-        QCOMPARE(h.rowNames(), (QStringList{QStringLiteral("Zulu"), QStringLiteral("Alpha"),
-                                            QStringLiteral("Bravo")}));
+        QCOMPARE(h.app().currentInterface()->interfaceName(), "wlan0");
+        QCOMPARE(h.rowNames(), (QStringList{"Zulu", "Alpha", "Bravo"}));
         const NetworkObjectRef bravo = h.app().networkWithBssid(kA);
         QCOMPARE(bravo->signals().size(), 2);
         QCOMPARE(bravo->lastUpdated(), h.clock.currentDateTime());
-        QCOMPARE(h.app().networkWithBssid(kC)->comment(),
-                 std::optional<QString>(QStringLiteral("upstairs")));
+        QCOMPARE(h.app().networkWithBssid(kC)->comment(), std::optional<QString>("upstairs"));
         QCOMPARE(h.app().scanResults().size(), 1);
     }
     void failuresAlertAndStillReload()
     {
         AppHarness h;
-        h.launchWith({FakeBackend::network(kA, QStringLiteral("Alpha"))});
+        h.launchWith({FakeBackend::network(kA, "Alpha")});
         h.alerts.clear();
         h.backend->failScans = true;
         h.app().updateNetworks();
-        QCOMPARE(h.alerts.lines(), QStringList{QStringLiteral("Scan Error: The radio is busy")});
+        QCOMPARE(h.alerts.lines(), QStringList{"Scan Error: The radio is busy"});
         QVERIFY(h.app().scanResults().isEmpty());
         QCOMPARE(h.app().networks().size(), 1);
         // The table was reloaded: a new filter result shows at once.
@@ -96,7 +93,7 @@ private Q_SLOTS:
         const int scans = h.backend->scanCount;
         h.backend->refuseAuthorization = true;
         h.app().updateNetworks();
-        QCOMPARE(h.alerts.lines(), QStringList{QStringLiteral("Error: Auth failed")});
+        QCOMPARE(h.alerts.lines(), QStringList{"Error: Auth failed"});
         QCOMPARE(h.backend->scanCount, scans);
         h.app().performUpdateCycle();
         QCOMPARE(h.alerts.lines().size(), 2);
@@ -125,18 +122,15 @@ private Q_SLOTS:
     void scanActionMergesNothingAndSortsBySsid()
     {
         AppHarness h;
-        h.backend->scans = {{FakeBackend::network(kA, QStringLiteral("beta")),
-                             FakeBackend::network(kB, QStringLiteral("Alpha")),
-                             FakeBackend::network(kC, QStringLiteral("Gamma"))}};
+        h.backend->scans = {{FakeBackend::network(kA, "beta"), FakeBackend::network(kB, "Alpha"),
+                             FakeBackend::network(kC, "Gamma")}};
         h.app().scan();
-        QVERIFY(
-            h.backend->scanParameters.constFirst().value(QStringLiteral("SCAN_MERGE")).toBool());
+        QVERIFY(h.backend->scanParameters.constFirst().value("SCAN_MERGE").toBool());
         QVERIFY(h.app().networks().isEmpty());
         QStringList order;
         for (const CWNetworkRef &n : h.app().scanResults())
             order << *n->ssid();
-        QCOMPARE(order, (QStringList{QStringLiteral("Alpha"), QStringLiteral("beta"),
-                                     QStringLiteral("Gamma")}));
+        QCOMPARE(order, (QStringList{"Alpha", "beta", "Gamma"}));
     }
     // Ten seconds of ticks while something modal waits: no scan, no second alert, no count.
     // Once it is answered, the tick rule goes on from where it stood.
@@ -146,7 +140,7 @@ private Q_SLOTS:
         for (const bool failingScans : {true, false}) {
             AppHarness h;
             h.preferences->setUpdateInterval(1);
-            h.launchWith({FakeBackend::network(kA, QStringLiteral("Alpha"))});
+            h.launchWith({FakeBackend::network(kA, "Alpha")});
             h.alerts.clear();
             const int scansBefore = h.backend->scanCount;
             const quint64 ticksBefore = h.app().tickCount();
@@ -162,8 +156,7 @@ private Q_SLOTS:
             QCOMPARE(h.app().tickCount(), ticksBefore + 1);
             if (failingScans) {
                 QCOMPARE(h.backend->scanCount, scansBefore + 1);
-                QCOMPARE(h.alerts.lines(),
-                         QStringList{QStringLiteral("Scan Error: The radio is busy")});
+                QCOMPARE(h.alerts.lines(), QStringList{"Scan Error: The radio is busy"});
                 QCOMPARE(h.alerts.openAlerts(), 1);
                 h.alerts.dismissAll();
             } else {

@@ -100,19 +100,16 @@ private Q_SLOTS:
         QVERIFY(!f.panelVisible());
         QVERIFY(f.showPending());
         QCOMPARE(f.h.app().lastMoveOnRow(), quint64(2));
-        QCOMPARE(f.h.app().detailNetworkBssid(), QStringLiteral("00:00:00:00:00:02"));
+        QCOMPARE(f.h.app().detailNetworkBssid(), "00:00:00:00:00:02");
         QTRY_VERIFY(f.panelVisible());
-        QCOMPARE(f.h.app().detailPanel()->windowTitle(), QStringLiteral("Detail ( SSID: Net 2 )"));
-        QCOMPARE(f.field("detailTitleLabel"), QStringLiteral("Detail ( SSID: Net 2 )"));
+        QCOMPARE(f.h.app().detailPanel()->windowTitle(), "Detail ( SSID: Net 2 )");
+        QCOMPARE(f.field("detailTitleLabel"), "Detail ( SSID: Net 2 )");
         const QStringList fields = {
             f.field("bssidField"),  f.field("channelField"),   f.field("bandField"),
             f.field("signalField"), f.field("noiseAvgField"),  f.field("snrField"),
             f.field("snrAvgField"), f.field("signalMaxField"), f.field("signalQualityField")};
-        QCOMPARE(fields,
-                 (QStringList{QStringLiteral("00:00:00:00:00:02"), QStringLiteral("6"),
-                              QStringLiteral("2.4GHz"), QStringLiteral("43%"),
-                              QStringLiteral("15%"), QStringLiteral("40dB"), QStringLiteral("40dB"),
-                              QStringLiteral("43%"), QStringLiteral("Good")}));
+        QCOMPARE(fields, (QStringList{"00:00:00:00:00:02", "6", "2.4GHz", "43%", "15%", "40dB",
+                                      "40dB", "43%", "Good"}));
         // The panel sits 17 points below the pointer, its left edge at the pointer.
         QCOMPARE(f.h.app().detailPanel()->pos(), QCursor::pos() + QPoint(0, 17));
 
@@ -123,7 +120,7 @@ private Q_SLOTS:
         f.moveToRow(3);
         QVERIFY(!f.panelVisible());
         QTRY_VERIFY(f.panelVisible());
-        QCOMPARE(f.field("bssidField"), QStringLiteral("00:00:00:00:00:03"));
+        QCOMPARE(f.field("bssidField"), "00:00:00:00:00:03");
 
         // Empty table space below the rows hides it and arms nothing.
         const QPointer<QTimer> hide = f.h.app().hideDetailTimer();
@@ -138,7 +135,7 @@ private Q_SLOTS:
         PanelFixture f;
         f.moveToRow(1);
         QTRY_VERIFY(f.panelVisible());
-        auto *label = f.h.app().detailPanel()->findChild<QLabel *>(QStringLiteral("bssidField"));
+        auto *label = f.h.app().detailPanel()->findChild<QLabel *>("bssidField");
         QMouseEvent onPanel(QEvent::MouseMove, QPointF(2, 2), label->mapToGlobal(QPointF(2, 2)),
                             Qt::NoButton, Qt::NoButton, Qt::NoModifier);
         onPanel.setTimestamp(5000);
@@ -165,7 +162,7 @@ private Q_SLOTS:
         f.h.app().mouseMoved(f.h.app().window(), QPointF(QCursor::pos()));
         QVERIFY(f.panelVisible());
         QVERIFY(!f.showPending());
-        QCOMPARE(f.h.app().detailNetworkBssid(), QStringLiteral("00:00:00:00:00:02"));
+        QCOMPARE(f.h.app().detailNetworkBssid(), "00:00:00:00:00:02");
     }
     void placementStaysOnTheScreen()
     {
@@ -185,9 +182,9 @@ private Q_SLOTS:
     void mapIconsShowThePanelAndAnEmptyBssidReArms()
     {
         PanelFixture f;
-        const QString strong = QStringLiteral("00:00:00:00:00:0a");
-        f.h.backend->scans = {{FakeBackend::network(strong, QStringLiteral("Strong"), -30),
-                               FakeBackend::network(QString(), QStringLiteral("No address"), -90)}};
+        const QString strong = "00:00:00:00:00:0a";
+        f.h.backend->scans = {{FakeBackend::network(strong, "Strong", -30),
+                               FakeBackend::network(QString(), "No address", -90)}};
         f.h.app().performUpdateCycle();
         f.selectSegment(1);
         auto *map = f.h.find<WiFiMapView>("wiFiMapView");

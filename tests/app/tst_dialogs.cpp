@@ -13,10 +13,10 @@
 #include <QtTest>
 
 namespace {
-const QString kOpen = QStringLiteral("00:00:00:00:00:01");
-const QString kMixed = QStringLiteral("00:00:00:00:00:02");
-const QString kWpa2 = QStringLiteral("00:00:00:00:00:03");
-const QString kCorp = QStringLiteral("00:00:00:00:00:04");
+const QString kOpen = "00:00:00:00:00:01";
+const QString kMixed = "00:00:00:00:00:02";
+const QString kWpa2 = "00:00:00:00:00:03";
+const QString kCorp = "00:00:00:00:00:04";
 
 CW8021XProfileRef makeProfile(const QString &name, const QString &user, const QString &password)
 {
@@ -30,25 +30,20 @@ CW8021XProfileRef makeProfile(const QString &name, const QString &user, const QS
 struct DialogFixture
 {
     AppHarness h;
-    CW8021XProfileRef corpProfile =
-        makeProfile(QStringLiteral("Office"), QStringLiteral("alice"), QStringLiteral("s3cret"));
+    CW8021XProfileRef corpProfile = makeProfile("Office", "alice", "s3cret");
 
     DialogFixture()
     {
-        h.backend->profiles = {
-            makeProfile(QStringLiteral("Home lab"), QStringLiteral("bob"), QStringLiteral("pw")),
-            corpProfile};
+        h.backend->profiles = {makeProfile("Home lab", "bob", "pw"), corpProfile};
         auto stored = std::make_shared<CWWirelessProfile>();
         stored->setUser8021XProfile(corpProfile);
         // Names sort as listed: A.. D..
         h.backend->scans = {{
-            FakeBackend::secured(kOpen, QStringLiteral("A open"), kCWSecurityNone,
-                                 kCWSecurityModeOpen),
-            FakeBackend::secured(kMixed, QStringLiteral("B mixed"), kCWSecurityWPAPersonalMixed,
+            FakeBackend::secured(kOpen, "A open", kCWSecurityNone, kCWSecurityModeOpen),
+            FakeBackend::secured(kMixed, "B mixed", kCWSecurityWPAPersonalMixed,
                                  kCWSecurityModeWPA2_PSK),
-            FakeBackend::secured(kWpa2, QStringLiteral("C wpa2"), kCWSecurityWPA2Personal,
-                                 kCWSecurityModeWPA2_PSK),
-            FakeBackend::secured(kCorp, QStringLiteral("D corp"), kCWSecurityWPA2Enterprise,
+            FakeBackend::secured(kWpa2, "C wpa2", kCWSecurityWPA2Personal, kCWSecurityModeWPA2_PSK),
+            FakeBackend::secured(kCorp, "D corp", kCWSecurityWPA2Enterprise,
                                  kCWSecurityModeWPA2_Enterprise, stored),
         }};
         h.app().applicationDidFinishLaunching();
@@ -109,10 +104,10 @@ private Q_SLOTS:
         f.openJoinOn(3);
         QComboBox *profiles = f.combo("joinUser8021XProfilePopupButton");
         QCOMPARE(profiles->count(), 3);
-        QCOMPARE(profiles->itemText(0), QStringLiteral("Default"));
-        QCOMPARE(profiles->currentText(), QStringLiteral("Office"));
-        QCOMPARE(f.edit("joinUsernameField")->text(), QStringLiteral("alice"));
-        QCOMPARE(f.edit("joinPassphraseField")->text(), QStringLiteral("s3cret"));
+        QCOMPARE(profiles->itemText(0), "Default");
+        QCOMPARE(profiles->currentText(), "Office");
+        QCOMPARE(f.edit("joinUsernameField")->text(), "alice");
+        QCOMPARE(f.edit("joinPassphraseField")->text(), "s3cret");
         QVERIFY(!f.edit("joinUsernameField")->isEnabled());
         QVERIFY(!f.edit("joinPassphraseField")->isEnabled());
         f.h.app().joinOKButtonPressed();
@@ -125,46 +120,42 @@ private Q_SLOTS:
         // selects "Default".
         f.h.app().changeSecurityMode(nullptr);
         QCOMPARE(profiles->count(), 3);
-        QCOMPARE(profiles->currentText(), QStringLiteral("Default"));
+        QCOMPARE(profiles->currentText(), "Default");
 
         f.openJoinOn(3);
         profiles->setCurrentIndex(1); // "Home lab"
         f.h.app().change8021XProfile();
-        QCOMPARE(f.edit("joinUsernameField")->text(), QStringLiteral("bob"));
+        QCOMPARE(f.edit("joinUsernameField")->text(), "bob");
         profiles->setCurrentIndex(0); // "Default": no stored profile there, nothing changes
         f.h.app().change8021XProfile();
-        QCOMPARE(f.edit("joinUsernameField")->text(), QStringLiteral("bob"));
+        QCOMPARE(f.edit("joinUsernameField")->text(), "bob");
         f.h.app().joinOKButtonPressed();
         const auto built = f.h.backend->associationParameters.constLast()
                                .value(kCWAssocKey8021XProfile)
                                .value<CW8021XProfileRef>();
         QVERIFY(built && built != f.corpProfile);
-        QCOMPARE(built->userDefinedName(), QStringLiteral("D corp"));
-        QCOMPARE(built->username(), QStringLiteral("bob"));
+        QCOMPARE(built->userDefinedName(), "D corp");
+        QCOMPARE(built->username(), "bob");
     }
     // An empty passphrase sends no parameters; a rejected one alerts and keeps the sheet open
     // with what was typed; the right one joins, and the next cycle puts the network first.
     void passphraseJoin()
     {
         DialogFixture f;
-        f.h.backend->requiredPassphrase = QStringLiteral("right one");
+        f.h.backend->requiredPassphrase = "right one";
         f.openJoinOn(2);
         QVERIFY(f.edit("joinPassphraseField")->text().isEmpty());
         f.h.app().joinOKButtonPressed();
         QCOMPARE(f.h.backend->associationParameters, QList<QVariantMap>{QVariantMap()});
         f.h.alerts.clear();
-        f.edit("joinPassphraseField")->setText(QStringLiteral("wrong one"));
+        f.edit("joinPassphraseField")->setText("wrong one");
         f.h.app().joinOKButtonPressed();
-        QCOMPARE(f.h.alerts.lines(),
-                 QStringList{QStringLiteral("Error: The passphrase was rejected")});
+        QCOMPARE(f.h.alerts.lines(), QStringList{"Error: The passphrase was rejected"});
         QVERIFY(f.h.app().joinDialogWindow()->isVisible());
-        QCOMPARE(f.edit("joinPassphraseField")->text(), QStringLiteral("wrong one"));
-        QVERIFY(!f.h.app()
-                     .joinDialogWindow()
-                     ->findChild<QWidget *>(QStringLiteral("joinSpinner"))
-                     ->isVisible());
+        QCOMPARE(f.edit("joinPassphraseField")->text(), "wrong one");
+        QVERIFY(!f.h.app().joinDialogWindow()->findChild<QWidget *>("joinSpinner")->isVisible());
 
-        f.edit("joinPassphraseField")->setText(QStringLiteral("right one"));
+        f.edit("joinPassphraseField")->setText("right one");
         f.h.app().joinOKButtonPressed();
         QVERIFY(!f.h.app().joinDialogWindow()->isVisible());
         QCOMPARE(f.h.backend->currentBssid, std::optional<QString>(kWpa2));
@@ -181,12 +172,12 @@ private Q_SLOTS:
     void joinUsesTheFullListPosition()
     {
         DialogFixture f;
-        f.h.find<QLineEdit>("searchField")->setText(QStringLiteral("corp"));
+        f.h.find<QLineEdit>("searchField")->setText("corp");
         f.h.app().filterNetworks();
         QCOMPARE(f.h.app().numberOfRowsInTableView(), 1);
         // Row 0 shows "D corp", but the sheet opens for record 0 of the full list.
         f.openJoinOn(0);
-        QCOMPARE(f.edit("joinNetworkNameField")->text(), QStringLiteral("A open"));
+        QCOMPARE(f.edit("joinNetworkNameField")->text(), "A open");
         f.h.app().joinCancelButtonPressed();
         // No selected row: nothing opens.
         f.h.find<QTableView>("scanResultsTable")->clearSelection();
@@ -198,25 +189,25 @@ private Q_SLOTS:
     {
         DialogFixture f;
         QDialog *sheet = f.h.app().ibssDialogWindow();
-        auto *name = sheet->findChild<QLineEdit *>(QStringLiteral("ibssNetworkNameField"));
-        auto *channel = sheet->findChild<QComboBox *>(QStringLiteral("ibssChannelPopupButton"));
-        auto *passphrase = sheet->findChild<QLineEdit *>(QStringLiteral("ibssPassphraseField"));
+        auto *name = sheet->findChild<QLineEdit *>("ibssNetworkNameField");
+        auto *channel = sheet->findChild<QComboBox *>("ibssChannelPopupButton");
+        auto *passphrase = sheet->findChild<QLineEdit *>("ibssPassphraseField");
         f.h.app().createIBSSButtonPressed();
         f.h.app().ibssCancelButtonPressed();
         f.h.app().createIBSSButtonPressed();
         QVERIFY(sheet->isVisible());
         QCOMPARE(channel->count(), 1);
-        QCOMPARE(channel->currentText(), QStringLiteral("11"));
+        QCOMPARE(channel->currentText(), "11");
         QVERIFY(!channel->isEnabled());
         QCOMPARE(name->text(), QSysInfo::machineHostName());
 
         name->clear();
-        passphrase->setText(QStringLiteral("adhocpass"));
+        passphrase->setText("adhocpass");
         f.h.app().ibssOKButtonPressed();
         QVERIFY(!sheet->isVisible());
         QVariantMap expected;
         expected.insert(kCWIBSSKeyChannel, 11);
-        expected.insert(kCWIBSSKeyPassphrase, QStringLiteral("adhocpass"));
+        expected.insert(kCWIBSSKeyPassphrase, "adhocpass");
         QCOMPARE(f.h.backend->ibssParameters, QList<QVariantMap>{expected});
         // The passphrase is cleared when the sheet opens again.
         f.h.app().createIBSSButtonPressed();
@@ -230,8 +221,7 @@ private Q_SLOTS:
         f.h.preferences->setUpdateInterval(1);
         f.h.backend->deferAnswers = true;
         f.openJoinOn(3); // "D corp", last in the list
-        auto *spinner =
-            f.h.app().joinDialogWindow()->findChild<BusySpinner *>(QStringLiteral("joinSpinner"));
+        auto *spinner = f.h.app().joinDialogWindow()->findChild<BusySpinner *>("joinSpinner");
         QVERIFY(spinner);
         f.h.app().joinOKButtonPressed(); // returns at once: the answer is not in yet
         QVERIFY(spinner->isVisible());

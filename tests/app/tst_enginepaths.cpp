@@ -60,7 +60,7 @@ QString run(bool window, int cycles, const QString &filter)
     HeadlessRunner runner(options, &preferences);
     QSignalSpy finished(&runner, &HeadlessRunner::finished);
     if (!runner.start() || (finished.isEmpty() && !finished.wait(10000)))
-        return QStringLiteral("did not finish");
+        return "did not finish";
     if (runner.cyclesRun() != cycles)
         return QStringLiteral("ran %1 cycles").arg(runner.cyclesRun());
     return documents(*runner.engine());

@@ -20,8 +20,7 @@ QString binary()
 
 QStringList simulated()
 {
-    return {QStringLiteral("--headless"), QStringLiteral("--backend=simulated"),
-            QStringLiteral("--seed"), QStringLiteral("3")};
+    return {"--headless", "--backend=simulated", "--seed", "3"};
 }
 
 struct Run
@@ -35,10 +34,10 @@ Run run(const QStringList &arguments, const QString &settingsDir)
 {
     QProcess p;
     QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-    env.insert(QStringLiteral("XDG_CONFIG_HOME"), settingsDir);
+    env.insert("XDG_CONFIG_HOME", settingsDir);
     // The headless program holds no widgets: every path, failures included, frees what it
     // holds, and a sanitizer build says so with a leak report (and another exit code).
-    env.insert(QStringLiteral("ASAN_OPTIONS"), QStringLiteral("detect_leaks=1"));
+    env.insert("ASAN_OPTIONS", "detect_leaks=1");
     p.setProcessEnvironment(env);
     p.start(binary(), arguments);
     p.waitForFinished(60000);
@@ -74,7 +73,7 @@ private Q_SLOTS:
     void cyclesLogAndExport()
     {
         QTemporaryDir dir;
-        const QString log = dir.filePath(QStringLiteral("log.tsv"));
+        const QString log = dir.filePath("log.tsv");
         const Run r = run(simulated() << QStringLiteral("--cycles") << QStringLiteral("5")
                                       << QStringLiteral("--interval") << QStringLiteral("0.02")
                                       << QStringLiteral("--log-tsv") << log
@@ -93,7 +92,7 @@ private Q_SLOTS:
         for (const QString &stamp : s)
             QVERIFY2(QDateTime::fromString(stamp, Qt::ISODateWithMs).isValid(), qPrintable(stamp));
 
-        const QString html = dir.filePath(QStringLiteral("out.html"));
+        const QString html = dir.filePath("out.html");
         QCOMPARE(run(simulated() << QStringLiteral("--cycles") << QStringLiteral("1")
                                  << QStringLiteral("--filter") << QStringLiteral("no such network")
                                  << QStringLiteral("--export-html") << html
@@ -141,30 +140,27 @@ private Q_SLOTS:
         QString mountPoint;
         auto unmount = qScopeGuard([&mountPoint] {
             if (!mountPoint.isEmpty())
-                QProcess::execute(QStringLiteral("umount"), {mountPoint});
+                QProcess::execute("umount", {mountPoint});
         });
         if (target == QLatin1String("blocked")) {
-            QFile blocker(dir.filePath(QStringLiteral("file")));
+            QFile blocker(dir.filePath("file"));
             QVERIFY(blocker.open(QIODevice::WriteOnly));
             blocker.close();
-            path = dir.filePath(QStringLiteral("file/out"));
+            path = dir.filePath("file/out");
         } else if (target == QLatin1String("tiny")) {
             // A small file system, filled up: only root may make one.
-            const QString point = dir.filePath(QStringLiteral("tiny"));
+            const QString point = dir.filePath("tiny");
             QVERIFY(QDir().mkpath(point));
-            if (QProcess::execute(QStringLiteral("mount"),
-                                  {QStringLiteral("-t"), QStringLiteral("tmpfs"),
-                                   QStringLiteral("-o"), QStringLiteral("size=16k"),
-                                   QStringLiteral("tmpfs"), point}) != 0)
+            if (QProcess::execute("mount", {"-t", "tmpfs", "-o", "size=16k", "tmpfs", point}) != 0)
                 QSKIP("no permission to mount a small tmpfs");
             mountPoint = point;
-            QFile fill(point + QStringLiteral("/fill"));
+            QFile fill(point + "/fill");
             QVERIFY(fill.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
             const QByteArray block(512, 'x');
             while (fill.write(block) == block.size()) {
             }
             fill.close();
-            path = point + QStringLiteral("/out");
+            path = point + "/out";
         }
         const Run r = run(simulated() << QStringLiteral("--cycles") << QStringLiteral("2")
                                       << QStringLiteral("--interval") << QStringLiteral("0")
@@ -183,12 +179,9 @@ private Q_SLOTS:
     void badArgumentsGiveExitCode2()
     {
         for (const QStringList &args :
-             {QStringList{QStringLiteral("--headless"), QStringLiteral("--cycles"),
-                          QStringLiteral("zero")},
-              QStringList{QStringLiteral("--headless"), QStringLiteral("--backend=martian")},
-              QStringList{QStringLiteral("--headless"), QStringLiteral("--interval"),
-                          QStringLiteral("-1")},
-              QStringList{QStringLiteral("--log-tsv"), QStringLiteral("x")}}) {
+             {QStringList{"--headless", "--cycles", "zero"},
+              QStringList{"--headless", "--backend=martian"},
+              QStringList{"--headless", "--interval", "-1"}, QStringList{"--log-tsv", "x"}}) {
             const Run r = run(args, m_settings.path());
             QCOMPARE(r.exitCode, 2);
             QVERIFY(r.err.contains("--headless"));
@@ -197,10 +190,10 @@ private Q_SLOTS:
     void sigtermLeavesACompleteLog()
     {
         QTemporaryDir dir;
-        const QString log = dir.filePath(QStringLiteral("log.tsv"));
+        const QString log = dir.filePath("log.tsv");
         QProcess p;
         QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-        env.insert(QStringLiteral("XDG_CONFIG_HOME"), m_settings.path());
+        env.insert("XDG_CONFIG_HOME", m_settings.path());
         p.setProcessEnvironment(env);
         p.start(binary(), simulated() << QStringLiteral("--interval") << QStringLiteral("0.05")
                                       << QStringLiteral("--log-tsv") << log);

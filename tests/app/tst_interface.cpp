@@ -13,7 +13,7 @@
 #include <QtTest>
 
 namespace {
-const QString kHome = QStringLiteral("00:00:00:00:00:0a");
+const QString kHome = "00:00:00:00:00:0a";
 
 QString text(AppHarness &h, const char *name)
 {
@@ -46,7 +46,7 @@ private Q_SLOTS:
     {
         AppHarness h;
         h.backend->currentBssid = kHome;
-        h.backend->scans = {{FakeBackend::network(kHome, QStringLiteral("Home"), -60, -90, 6)}};
+        h.backend->scans = {{FakeBackend::network(kHome, "Home", -60, -90, 6)}};
         h.app().applicationDidFinishLaunching();
         QCOMPARE(texts(h, {"ssidField", "bssidField", "opModeField", "securityModeField",
                            "phyModeField", "supportedPHYModesField", "txRateField", "txPowerField",
@@ -57,13 +57,13 @@ private Q_SLOTS:
                               "40dB", "15%", "Good"}));
         QVERIFY(h.find<QPushButton>("disconnectButton")->isEnabled());
         QCOMPARE(h.find<SegmentedControl>("powerStateControl")->selectedSegment(), 0);
-        QCOMPARE(h.find<QComboBox>("channelPopup")->currentText(), QStringLiteral("6"));
+        QCOMPARE(h.find<QComboBox>("channelPopup")->currentText(), "6");
         QVERIFY(h.find<QComboBox>("channelPopup")->isEnabled());
     }
     void associatedToUnknownNetworkShowsOnlyOwnReadings()
     {
         AppHarness h;
-        h.backend->currentBssid = QStringLiteral("00:00:00:00:00:99");
+        h.backend->currentBssid = "00:00:00:00:00:99";
         h.backend->rssi = -53;
         h.backend->noise = -106;
         h.backend->mode.reset();
@@ -79,7 +79,7 @@ private Q_SLOTS:
     {
         AppHarness h;
         h.backend->currentBssid = kHome;
-        h.backend->scans = {{FakeBackend::network(kHome, QStringLiteral("Home"))}};
+        h.backend->scans = {{FakeBackend::network(kHome, "Home")}};
         h.app().applicationDidFinishLaunching();
         const QString snr = text(h, "snrField");
         QVERIFY(!snr.isEmpty());
@@ -110,8 +110,7 @@ private Q_SLOTS:
         h.backend->channels = channels;
         h.app().updateInterfaceInfoTab();
         QCOMPARE(text(h, "supportedChannelsField"), expected);
-        QCOMPARE(popupItems(h), (QStringList{QStringLiteral("1"), QStringLiteral("6"),
-                                             QStringLiteral("11"), QStringLiteral("36")}));
+        QCOMPARE(popupItems(h), (QStringList{"1", "6", "11", "36"}));
     }
     // The segment and the toolbar items switch the radio; the items that would change nothing
     // are disabled; a refused change alerts and leaves the tab as it was.
@@ -139,7 +138,7 @@ private Q_SLOTS:
 
         h.backend->refusePower = true;
         h.app().changePower(on);
-        QCOMPARE(h.alerts.lines(), QStringList{QStringLiteral("Error: Not permitted: power")});
+        QCOMPARE(h.alerts.lines(), QStringList{"Error: Not permitted: power"});
         QCOMPARE(control->selectedSegment(), 1);
     }
     void channelChangeParsesTheTitle()
@@ -147,19 +146,18 @@ private Q_SLOTS:
         AppHarness h;
         h.app().updateInterfaceInfoTab();
         auto *popup = h.find<QComboBox>("channelPopup");
-        popup->setCurrentText(QStringLiteral("11"));
+        popup->setCurrentText("11");
         h.app().changeChannel();
         QCOMPARE(h.backend->channelRequests.constLast(), quint64(11));
-        QCOMPARE(popup->currentText(), QStringLiteral("11"));
+        QCOMPARE(popup->currentText(), "11");
         QVERIFY(h.alerts.lines().isEmpty());
 
-        popup->addItem(QStringLiteral("auto"));
-        popup->setCurrentText(QStringLiteral("auto"));
+        popup->addItem("auto");
+        popup->setCurrentText("auto");
         h.app().changeChannel();
         QCOMPARE(h.backend->channelRequests.constLast(), quint64(0));
-        QCOMPARE(h.alerts.lines(),
-                 QStringList{QStringLiteral("Error: Channel 0 is not supported")});
-        QCOMPARE(popup->currentText(), QStringLiteral("11")); // the tab was refreshed
+        QCOMPARE(h.alerts.lines(), QStringList{"Error: Channel 0 is not supported"});
+        QCOMPARE(popup->currentText(), "11"); // the tab was refreshed
     }
     void disconnectDropsTheLink()
     {

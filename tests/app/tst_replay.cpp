@@ -43,18 +43,16 @@ QString securityText(const QString &label)
     if (kind == QLatin1String("open") || kind == QLatin1String("OWE"))
         return QString();
     if (kind == QLatin1String("WEP"))
-        return QStringLiteral("WEP");
+        return "WEP";
     if (kind.contains(QLatin1String("EAP"))) {
         if (mixed)
-            return QStringLiteral("WPA/WPA2 Enterprise");
-        return kind.contains(QLatin1String("WPA2")) ? QStringLiteral("WPA2 Enterprise")
-                                                    : QStringLiteral("WPA Enterprise");
+            return "WPA/WPA2 Enterprise";
+        return kind.contains(QLatin1String("WPA2")) ? "WPA2 Enterprise" : "WPA Enterprise";
     }
     // PSK and SAE (which counts as WPA2 personal).
     if (mixed)
-        return QStringLiteral("WPA/WPA2 Personal");
-    return kind == QLatin1String("WPA-PSK") ? QStringLiteral("WPA Personal")
-                                            : QStringLiteral("WPA2 Personal");
+        return "WPA/WPA2 Personal";
+    return kind == QLatin1String("WPA-PSK") ? "WPA Personal" : "WPA2 Personal";
 }
 
 QString phyText(const Expected &e, bool fiveGHz)
@@ -65,10 +63,7 @@ QString phyText(const Expected &e, bool fiveGHz)
         if (rate == QLatin1String("1") || rate == QLatin1String("2") ||
             rate == QLatin1String("5.5") || rate == QLatin1String("11"))
             cck = true;
-        else if (QStringList{QStringLiteral("6"), QStringLiteral("9"), QStringLiteral("12"),
-                             QStringLiteral("18"), QStringLiteral("24"), QStringLiteral("36"),
-                             QStringLiteral("48"), QStringLiteral("54")}
-                     .contains(rate))
+        else if (QStringList{"6", "9", "12", "18", "24", "36", "48", "54"}.contains(rate))
             ofdm = true;
     }
     QStringList letters;
@@ -80,7 +75,7 @@ QString phyText(const Expected &e, bool fiveGHz)
         letters << QStringLiteral("g");
     if (e.hasHt == QLatin1String("1"))
         letters << QStringLiteral("n");
-    return QStringLiteral("802.11") + letters.join(QLatin1Char('/'));
+    return "802.11" + letters.join(QLatin1Char('/'));
 }
 
 QString widthText(const Expected &e)
@@ -88,7 +83,7 @@ QString widthText(const Expected &e)
     if (e.vhtWidth == QLatin1String("80") || e.vhtWidth == QLatin1String("160") ||
         e.vhtWidth == QLatin1String("80+80"))
         return QString(); // wider channels have no text of their own
-    return e.ht40 == QLatin1String("1") ? QStringLiteral("40MHz") : QStringLiteral("20MHz");
+    return e.ht40 == QLatin1String("1") ? "40MHz" : "20MHz";
 }
 } // namespace
 
@@ -99,11 +94,10 @@ private Q_SLOTS:
     void exportedRowsMatchTheReference()
     {
         const QString binary = qEnvironmentVariable("CORVANE_BINARY");
-        const QString dir =
-            qEnvironmentVariable("CORVANE_TESTDATA_DIR") + QStringLiteral("/beacons");
-        if (binary.isEmpty() || !QFile::exists(dir + QStringLiteral("/expected.tsv")))
+        const QString dir = qEnvironmentVariable("CORVANE_TESTDATA_DIR") + "/beacons";
+        if (binary.isEmpty() || !QFile::exists(dir + "/expected.tsv"))
             QSKIP("the program or the beacon captures are not available");
-        const QList<Expected> expected = readExpected(dir + QStringLiteral("/expected.tsv"));
+        const QList<Expected> expected = readExpected(dir + "/expected.tsv");
         QVERIFY(expected.size() > 40);
 
         QSet<QString> files;
@@ -115,13 +109,11 @@ private Q_SLOTS:
         for (const QString &file : files) {
             QProcess p;
             QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-            env.insert(QStringLiteral("XDG_CONFIG_HOME"), settings.path());
+            env.insert("XDG_CONFIG_HOME", settings.path());
             p.setProcessEnvironment(env);
             p.start(binary,
-                    {QStringLiteral("--headless"), QStringLiteral("--backend=replay"),
-                     QStringLiteral("--capture"), dir + QLatin1Char('/') + file,
-                     QStringLiteral("--speed"), QStringLiteral("0"), QStringLiteral("--interval"),
-                     QStringLiteral("0"), QStringLiteral("--export-tsv"), QStringLiteral("-")});
+                    {"--headless", "--backend=replay", "--capture", dir + QLatin1Char('/') + file,
+                     "--speed", "0", "--interval", "0", "--export-tsv", "-"});
             QVERIFY2(p.waitForFinished(60000), qPrintable(file));
             QVERIFY2(p.exitCode() == 0, qPrintable(file + QLatin1Char(' ') +
                                                    QString::fromUtf8(p.readAllStandardError())));
@@ -143,20 +135,15 @@ private Q_SLOTS:
                 const bool five = e.label.contains(QLatin1String("5GHz"));
                 const QString channel = e.channel.isEmpty() ? e.htPrimary : e.channel;
                 const QList<QPair<QString, QPair<QString, QString>>> checks = {
-                    {QStringLiteral("security"), {row.at(16), securityText(e.label)}},
-                    {QStringLiteral("phy"), {row.at(17), phyText(e, five)}},
-                    {QStringLiteral("channel"), {row.at(18), channel}},
-                    {QStringLiteral("band"),
-                     {row.at(19), five ? QStringLiteral("5GHz") : QStringLiteral("2.4GHz")}},
-                    {QStringLiteral("width"), {row.at(20), widthText(e)}},
-                    {QStringLiteral("ibss"),
-                     {row.at(21),
-                      e.ibss == QLatin1String("1") ? QStringLiteral("Yes") : QStringLiteral("No")}},
-                    {QStringLiteral("name"),
-                     {row.at(0) == QLatin1String("(null)") ? QStringLiteral("hidden")
-                                                           : QStringLiteral("named"),
-                      e.ssidHidden == QLatin1String("no") ? QStringLiteral("named")
-                                                          : QStringLiteral("hidden")}},
+                    {"security", {row.at(16), securityText(e.label)}},
+                    {"phy", {row.at(17), phyText(e, five)}},
+                    {"channel", {row.at(18), channel}},
+                    {"band", {row.at(19), five ? "5GHz" : "2.4GHz"}},
+                    {"width", {row.at(20), widthText(e)}},
+                    {"ibss", {row.at(21), e.ibss == QLatin1String("1") ? "Yes" : "No"}},
+                    {"name",
+                     {row.at(0) == QLatin1String("(null)") ? "hidden" : "named",
+                      e.ssidHidden == QLatin1String("no") ? "named" : "hidden"}},
                 };
                 for (const auto &[what, values] : checks) {
                     if (values.first != values.second)

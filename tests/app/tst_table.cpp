@@ -14,9 +14,9 @@
 #include <QtTest>
 
 namespace {
-const QString kA = QStringLiteral("0a:1b:2c:3d:4e:5f");
-const QString kB = QStringLiteral("00:00:00:00:00:0b");
-const QString kC = QStringLiteral("00:00:00:00:00:0c");
+const QString kA = "0a:1b:2c:3d:4e:5f";
+const QString kB = "00:00:00:00:00:0b";
+const QString kC = "00:00:00:00:00:0c";
 
 int selectedRow(QTableView *table)
 {
@@ -35,8 +35,7 @@ private Q_SLOTS:
         QTest::addColumn<QStringList>("rows");
         QTest::newRow("empty shows all")
             << QString()
-            << QStringList{QStringLiteral("Alpha"), QStringLiteral("Bravo"),
-                           QStringLiteral("Charlie")};
+            << QStringList{QStringLiteral("Alpha"), QStringLiteral("Bravo"), "Charlie"};
         QTest::newRow("part of a name")
             << QStringLiteral("rav") << QStringList{QStringLiteral("Bravo")};
         QTest::newRow("bssid lower")
@@ -53,10 +52,9 @@ private Q_SLOTS:
         QFETCH(QString, text);
         QFETCH(QStringList, rows);
         AppHarness h;
-        h.preferences->setComment(kC, QStringLiteral("in the kitchen"));
-        h.launchWith({FakeBackend::network(kA, QStringLiteral("Alpha")),
-                      FakeBackend::network(kB, QStringLiteral("Bravo")),
-                      FakeBackend::network(kC, QStringLiteral("Charlie"))});
+        h.preferences->setComment(kC, "in the kitchen");
+        h.launchWith({FakeBackend::network(kA, "Alpha"), FakeBackend::network(kB, "Bravo"),
+                      FakeBackend::network(kC, "Charlie")});
         h.find<QLineEdit>("searchField")->setText(text);
         QCOMPARE(h.app().numberOfRowsInTableView(), 3);
         h.app().performUpdateCycle();
@@ -67,21 +65,20 @@ private Q_SLOTS:
     void filterAsksChangedNetworksAgain()
     {
         AppHarness h;
-        h.launchWith({FakeBackend::network(kA, QStringLiteral("Alpha")),
-                      FakeBackend::network(kB, QStringLiteral("Bravo"))});
-        h.find<QLineEdit>("searchField")->setText(QStringLiteral("bravo"));
-        h.backend->scans = {{FakeBackend::network(kA, QStringLiteral("Bravo Two"))},
-                            {FakeBackend::network(kA, QStringLiteral("Alpha"))},
-                            {FakeBackend::network(kB, QStringLiteral("Bravo"))}};
+        h.launchWith({FakeBackend::network(kA, "Alpha"), FakeBackend::network(kB, "Bravo")});
+        h.find<QLineEdit>("searchField")->setText("bravo");
+        h.backend->scans = {{FakeBackend::network(kA, "Bravo Two")},
+                            {FakeBackend::network(kA, "Alpha")},
+                            {FakeBackend::network(kB, "Bravo")}};
         h.app().performUpdateCycle();
-        QCOMPARE(h.rowNames(), (QStringList{QStringLiteral("Bravo"), QStringLiteral("Bravo Two")}));
+        QCOMPARE(h.rowNames(), (QStringList{"Bravo", "Bravo Two"}));
         h.app().setSelectedNetwork(h.app().networkWithBssid(kA)->cwNetwork());
-        h.app().setObjectValue(QStringLiteral("bravo's neighbour"), QStringLiteral("comment"), 0);
+        h.app().setObjectValue("bravo's neighbour", "comment", 0);
         h.app().performUpdateCycle();
-        QCOMPARE(h.rowNames(), (QStringList{QStringLiteral("Alpha"), QStringLiteral("Bravo")}));
-        h.app().setObjectValue(QStringLiteral("moved away"), QStringLiteral("comment"), 0);
+        QCOMPARE(h.rowNames(), (QStringList{"Alpha", "Bravo"}));
+        h.app().setObjectValue("moved away", "comment", 0);
         h.app().performUpdateCycle();
-        QCOMPARE(h.rowNames(), QStringList{QStringLiteral("Bravo")});
+        QCOMPARE(h.rowNames(), QStringList{"Bravo"});
     }
     void cellsByIdentifier()
     {
@@ -93,61 +90,56 @@ private Q_SLOTS:
         QVERIFY(!cell("NETWORK_NAME").isValid()); // hidden network: no name
         QCOMPARE(cell("BSSID").toString(), kA);
         QCOMPARE(cell("CHANNEL").toLongLong(), 149);
-        QCOMPARE(cell("BAND").toString(), QStringLiteral("5GHz"));
-        QCOMPARE(cell("SECURITY_MODE").toString(), QStringLiteral("WPA2 Personal"));
-        QCOMPARE(cell("SIGNAL").toString(), QStringLiteral("50%"));
-        QCOMPARE(cell("MAX").toString(), QStringLiteral("50%"));
+        QCOMPARE(cell("BAND").toString(), "5GHz");
+        QCOMPARE(cell("SECURITY_MODE").toString(), "WPA2 Personal");
+        QCOMPARE(cell("SIGNAL").toString(), "50%");
+        QCOMPARE(cell("MAX").toString(), "50%");
         QCOMPARE(cell("LEVEL").toDouble(), 5.0);
-        QCOMPARE(cell("NETWORK_MODE").toString(), QStringLiteral("No"));
-        QCOMPARE(cell("lastSeen").toString(), QStringLiteral("Just now"));
+        QCOMPARE(cell("NETWORK_MODE").toString(), "No");
+        QCOMPARE(cell("lastSeen").toString(), "Just now");
         QVERIFY(!cell("icon").value<QImage>().isNull());
         QVERIFY(!cell("PHY_MODE").isValid());
         // Rows past the end of the list give empty cells, never a crash.
-        QVERIFY(!h.app().objectValueForTableColumn(QStringLiteral("BSSID"), 5).isValid());
-        QVERIFY(!h.app().objectValueForTableColumn(QStringLiteral("BSSID"), -1).isValid());
+        QVERIFY(!h.app().objectValueForTableColumn("BSSID", 5).isValid());
+        QVERIFY(!h.app().objectValueForTableColumn("BSSID", -1).isValid());
     }
     void commentEditPersistsAcrossRestart()
     {
         AppHarness h;
-        h.launchWith({FakeBackend::network(kA, QStringLiteral("Alpha")),
-                      FakeBackend::network(kB, QStringLiteral("Bravo"))});
+        h.launchWith({FakeBackend::network(kA, "Alpha"), FakeBackend::network(kB, "Bravo")});
         h.find<QTableView>("scanResultsTable")->selectRow(1);
         // The edit goes to the selected network, whatever row sent it; other columns are fixed.
-        h.app().setObjectValue(QStringLiteral("by the door"), QStringLiteral("comment"), 0);
-        h.app().setObjectValue(QStringLiteral("x"), QStringLiteral("NETWORK_NAME"), 1);
-        QCOMPARE(h.app().networkWithBssid(kB)->comment(),
-                 std::optional<QString>(QStringLiteral("by the door")));
+        h.app().setObjectValue("by the door", "comment", 0);
+        h.app().setObjectValue("x", "NETWORK_NAME", 1);
+        QCOMPARE(h.app().networkWithBssid(kB)->comment(), std::optional<QString>("by the door"));
         QVERIFY(!h.app().networkWithBssid(kA)->comment());
-        QCOMPARE(h.app().networkWithBssid(kB)->name(),
-                 std::optional<QString>(QStringLiteral("Bravo")));
+        QCOMPARE(h.app().networkWithBssid(kB)->name(), std::optional<QString>("Bravo"));
 
         // Hidden by the search, the selected network takes no comment.
-        h.find<QLineEdit>("searchField")->setText(QStringLiteral("Alpha"));
+        h.find<QLineEdit>("searchField")->setText("Alpha");
         h.app().filterNetworks();
-        h.app().setObjectValue(QStringLiteral("lost"), QStringLiteral("comment"), 0);
+        h.app().setObjectValue("lost", "comment", 0);
         QVERIFY(!h.app().networkWithBssid(kA)->comment());
 
         h.restart();
-        h.launchWith({FakeBackend::network(kB, QStringLiteral("Bravo"))});
-        QCOMPARE(h.app().networkWithBssid(kB)->comment(),
-                 std::optional<QString>(QStringLiteral("by the door")));
+        h.launchWith({FakeBackend::network(kB, "Bravo")});
+        QCOMPARE(h.app().networkWithBssid(kB)->comment(), std::optional<QString>("by the door"));
     }
     void selectionFollowsTheNetwork()
     {
         AppHarness h;
-        h.launchWith({FakeBackend::network(kA, QStringLiteral("Alpha")),
-                      FakeBackend::network(kB, QStringLiteral("Bravo"))});
+        h.launchWith({FakeBackend::network(kA, "Alpha"), FakeBackend::network(kB, "Bravo")});
         auto *table = h.find<NetworkTableView>("scanResultsTable");
         table->selectRow(1); // Bravo
         // A new network sorts before Bravo; the selection moves with Bravo.
-        h.backend->scans = {{FakeBackend::network(kC, QStringLiteral("Aardvark"))}};
+        h.backend->scans = {{FakeBackend::network(kC, "Aardvark")}};
         h.app().performUpdateCycle();
-        QCOMPARE(h.rowNames().indexOf(QStringLiteral("Bravo")), 2);
+        QCOMPARE(h.rowNames().indexOf("Bravo"), 2);
         QCOMPARE(selectedRow(table), 2);
         // Joined, Bravo moves to the top (a reorder, not an insertion): still selected.
         h.backend->currentBssid = kB;
         h.app().performUpdateCycle();
-        QCOMPARE(table->model()->index(0, 1).data().toString(), QStringLiteral("Bravo"));
+        QCOMPARE(table->model()->index(0, 1).data().toString(), "Bravo");
         QCOMPARE(selectedRow(table), 0);
         // Clearing the selection keeps the remembered network.
         table->clearSelection();
@@ -159,8 +151,7 @@ private Q_SLOTS:
         table->setCurrentIndex(comment);
         table->edit(comment);
         QCOMPARE(table->editedRow(), 0);
-        h.backend->scans = {
-            {FakeBackend::network(QStringLiteral("00:00:00:00:00:0d"), QStringLiteral("Delta"))}};
+        h.backend->scans = {{FakeBackend::network("00:00:00:00:00:0d", "Delta")}};
         h.app().performUpdateCycle();
         QCOMPARE(table->model()->rowCount(), 3);
         table->setCurrentIndex(table->model()->index(1, 1)); // moving on closes the editor
@@ -193,10 +184,9 @@ private Q_SLOTS:
 
         // Two new networks, one before the selected row: inserted, not reset. One known
         // network is heard again.
-        h.backend->scans = {{FakeBackend::network(kA, QStringLiteral("Net 00a")),
-                             FakeBackend::network(QStringLiteral("00:00:00:00:01:30"),
-                                                  QStringLiteral("Net 30"), -50),
-                             FakeBackend::network(kB, QStringLiteral("Net 99"))}};
+        h.backend->scans = {{FakeBackend::network(kA, "Net 00a"),
+                             FakeBackend::network("00:00:00:00:01:30", "Net 30", -50),
+                             FakeBackend::network(kB, "Net 99")}};
         h.app().performUpdateCycle();
         QCOMPARE(resets.size(), 0);
         QCOMPARE(inserted.size(), 2);
@@ -213,12 +203,12 @@ private Q_SLOTS:
         QCOMPARE(wholeRows, 1);
 
         // A search that hides some rows removes them.
-        h.find<QLineEdit>("searchField")->setText(QStringLiteral("Net 0"));
+        h.find<QLineEdit>("searchField")->setText("Net 0");
         h.app().performUpdateCycle();
         QCOMPARE(resets.size(), 0);
         QVERIFY(removed.size() > 0);
         QCOMPARE(h.app().numberOfRowsInTableView(), qsizetype(11));
-        QCOMPARE(h.rowNames().at(2), QStringLiteral("Net 01"));
+        QCOMPARE(h.rowNames().at(2), "Net 01");
         QCOMPARE(selectedRow(table), 2);
     }
     void exports_data()
@@ -235,20 +225,19 @@ private Q_SLOTS:
         QFETCH(bool, html);
         QFETCH(QString, target);
         AppHarness h;
-        h.launchWith({FakeBackend::network(kA, QStringLiteral("Tab\there")),
-                      FakeBackend::network(kB, QStringLiteral("<b>bold</b>"))});
+        h.launchWith(
+            {FakeBackend::network(kA, "Tab\there"), FakeBackend::network(kB, "<b>bold</b>")});
         QTemporaryDir out;
         // A folder nobody can write into, root included: its "parent" is a plain file.
-        QFile blocker(out.filePath(QStringLiteral("blocked")));
+        QFile blocker(out.filePath("blocked"));
         QVERIFY(blocker.open(QIODevice::WriteOnly));
         blocker.close();
         h.files.answer = target.isEmpty() ? QString() : out.filePath(target);
         if (target == QLatin1String("blocked"))
-            h.files.answer += QStringLiteral("/wifi-details.csv");
+            h.files.answer += "/wifi-details.csv";
         html ? h.app().exportToHTML() : h.app().exportToCSV();
-        QCOMPARE(h.files.lastRepresentedName,
-                 html ? QStringLiteral("wifi-details.html") : QStringLiteral("wifi-details.csv"));
-        QVERIFY(h.files.lastStartDirectory.endsWith(QStringLiteral("/Documents")));
+        QCOMPARE(h.files.lastRepresentedName, html ? "wifi-details.html" : "wifi-details.csv");
+        QVERIFY(h.files.lastStartDirectory.endsWith("/Documents"));
         if (target.isEmpty() || target == QLatin1String("blocked")) {
             QVERIFY(target.isEmpty() || !QFileInfo::exists(h.files.answer));
             QCOMPARE(h.alerts.lines().size(), target.isEmpty() ? 0 : 1);
@@ -256,7 +245,7 @@ private Q_SLOTS:
                 const QString line = h.alerts.lines().constFirst();
                 QVERIFY(line.startsWith(
                     QStringLiteral("Error: Export to csv '%1' failed: ").arg(h.files.answer)));
-                QVERIFY(line.endsWith(QStringLiteral(".\rPlease try again.")));
+                QVERIFY(line.endsWith(".\rPlease try again."));
             }
             return;
         }
@@ -265,13 +254,13 @@ private Q_SLOTS:
         const QString text = QString::fromUtf8(file.readAll());
         QVERIFY(h.alerts.lines().isEmpty());
         if (html) {
-            QVERIFY(text.contains(QStringLiteral("<td><b>bold</b></td>")));
-            QVERIFY(text.endsWith(QStringLiteral("</table></body></html>")));
+            QVERIFY(text.contains("<td><b>bold</b></td>"));
+            QVERIFY(text.endsWith("</table></body></html>"));
             return;
         }
         const QStringList lines = text.split(QLatin1Char('\n'));
         QCOMPARE(lines.size(), 4); // head, two rows, and nothing after the last line feed
-        QVERIFY(lines.at(0).startsWith(QStringLiteral("Network Name\tBSSID\tComment")));
+        QVERIFY(lines.at(0).startsWith("Network Name\tBSSID\tComment"));
         QCOMPARE(lines.at(1).split(QLatin1Char('\t')).size(), 22);
         QCOMPARE(lines.at(2).split(QLatin1Char('\t')).size(), 23); // the tab in the name shifts
     }
