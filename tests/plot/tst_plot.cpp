@@ -78,7 +78,7 @@ struct FakePlotDelegate : PlotDelegate
 
     NetworkList list;
     std::shared_ptr<FakeBackend> backend = std::make_shared<FakeBackend>();
-    CWInterfaceRef interface = std::make_shared<CWInterface>(backend, QStringLiteral("wlan0"));
+    CWInterfaceRef interface = std::make_shared<CWInterface>(backend, "wlan0");
     qint64 datas = 300;
     qint64 top = 10;
 };
@@ -223,65 +223,57 @@ private Q_SLOTS:
             {300, 10, "x", 1, 299, none}};
         for (const auto &[datas, samples, name, field, record, expected] : rows) {
             m_delegate.datas = datas;
-            renderInto(QStringLiteral("info"));
-            m_plot->setData(levels(samples), QStringLiteral("s"));
-            m_plot->setData(levels(samples), QStringLiteral("n"));
+            renderInto("info");
+            m_plot->setData(levels(samples), "s");
+            m_plot->setData(levels(samples), "n");
             const QString series = QString::fromLatin1(name);
             QCOMPARE(m_plot->numberForPlot(series, field, record),
                      std::isnan(expected) ? std::nullopt : std::optional<double>(expected));
             QCOMPARE(m_plot->numberOfRecordsForPlot(series), quint64(datas));
         }
-    }
-
-    // The series' points are exactly what numberForPlot answers (SNR scaled by 1/100); a
-    // missing sample breaks the line into runs, and a history without gaps joins it again.
-    void pointsFollowTheSamplesAndGapsBreakTheLine()
-    {
+        // The series' points are exactly what numberForPlot answers (SNR scaled by 1/100); a
+        // missing sample breaks the line into runs, and a history without gaps joins it again.
         m_delegate.datas = 10;
-        renderInto(QStringLiteral("info"));
-        m_plot->setData(QList<SNRSample>{25.0, 40.377, -3.7}, QStringLiteral("r"));
-        const QList<QPointF> points = m_plot->plot(QStringLiteral("r"))->points();
+        renderInto("info");
+        m_plot->setData(QList<SNRSample>{25.0, 40.377, -3.7}, "r");
+        const QList<QPointF> points = m_plot->plot("r")->points();
         QCOMPARE(points.size(), 3);
         for (const QPointF &p : points)
-            QCOMPARE(p.y(), *m_plot->numberForPlot(QStringLiteral("r"), 1, quint64(p.x())));
+            QCOMPARE(p.y(), *m_plot->numberForPlot("r", 1, quint64(p.x())));
         QCOMPARE(points.first(), QPointF(7, 0.25));
         QCOMPARE(points.last(), QPointF(9, double(float(-3.7) / 100.0f)));
 
         QList<LevelSample> samples = levels(8, 0.5f, 0.01f);
         samples[3] = samples[4] = std::nullopt;
-        m_plot->setData(samples, QStringLiteral("s"));
-        QVERIFY(!m_plot->numberForPlot(QStringLiteral("s"), 1, 5).has_value());
-        const PlotSeries *series = m_plot->plot(QStringLiteral("s"));
+        m_plot->setData(samples, "s");
+        QVERIFY(!m_plot->numberForPlot("s", 1, 5).has_value());
+        const PlotSeries *series = m_plot->plot("s");
         const QList<QList<QPointF>> runs = series->segmentPoints();
         QCOMPARE(runs.size(), 2); // records 2, 3, 4 and 7, 8, 9
         QCOMPARE(QList<qsizetype>({runs[0].size(), runs[1].size()}), QList<qsizetype>({3, 3}));
         QCOMPARE(QList<double>({runs[0][0].x(), runs[1][0].x()}), QList<double>({2, 7}));
-        m_plot->setData(levels(8, 0.5f, 0.01f), QStringLiteral("s"));
+        m_plot->setData(levels(8, 0.5f, 0.01f), "s");
         QCOMPARE(series->segmentPoints().size(), 1);
         QCOMPARE(series->segmentPoints().first().size(), 8);
-    }
-
-    void setDataNeedsTheSeries()
-    {
         // A null identifier feeds "Data Source Plot", which no variant has: nothing is stored.
         m_delegate.datas = 50;
-        renderInto(QStringLiteral("info"));
+        renderInto("info");
         m_plot->setData(levels(5));
-        m_plot->setData(levels(5), QStringLiteral("02:00:00:00:00:01"));
+        m_plot->setData(levels(5), "02:00:00:00:00:01");
         QVERIFY(m_plot->plotDatas().isEmpty());
-        m_plot->setData(levels(5), QStringLiteral("s"));
-        QCOMPARE(m_plot->plotDatas().keys(), QStringList{QStringLiteral("s")});
-        renderInto(QStringLiteral("info")); // a rebuild drops every stored sample
+        m_plot->setData(levels(5), "s");
+        QCOMPARE(m_plot->plotDatas().keys(), QStringList{"s"});
+        renderInto("info"); // a rebuild drops every stored sample
         QVERIFY(m_plot->plotDatas().isEmpty());
         m_plot->killGraph(); // without any graph, setData does nothing at all
-        m_plot->setData(levels(5), QStringLiteral("s"));
+        m_plot->setData(levels(5), "s");
         QVERIFY(m_plot->plotDatas().isEmpty());
     }
 
     void rangesCostNothingWhenUnchanged()
     {
         m_delegate.datas = 151;
-        renderInto(QStringLiteral("signal"));
+        renderInto("signal");
         RealTimePlotAxes *axes = m_plot->axes();
         QCOMPARE(axes->xRange(), std::make_pair(0.0, 150.0));
         QCOMPARE(axes->yRange(), std::make_pair(0.0, 1.0));
@@ -293,12 +285,12 @@ private Q_SLOTS:
         // A new number of samples changes the x range once, and the labels with it.
         m_delegate.datas = 301;
         for (int i = 0; i < 2; ++i)
-            m_plot->setData(levels(10), QStringLiteral("nobody"));
+            m_plot->setData(levels(10), "nobody");
         QCOMPARE(axes->rangeChanges(), changes + 1);
         QCOMPARE(axes->xRange(), std::make_pair(0.0, 300.0));
         QCOMPARE(QList<double>({axes->xAxis()->max(), axes->xLabels()->max()}),
                  QList<double>({300, 300}));
-        QCOMPARE(axes->xLabels()->categoriesLabels().first(), QStringLiteral("5 min"));
+        QCOMPARE(axes->xLabels()->categoriesLabels().first(), "5 min");
         QCOMPARE(axes->xLabels()->count(), RealTimePlotAxes::kTimeMajorTicks);
 
         // An empty range shows one unit around its place; a useless length steps by one.
@@ -323,23 +315,19 @@ private Q_SLOTS:
             QCOMPARE(RealTimePlot::string(row[0], 16), row[1]);
         }
         QCOMPARE(RealTimePlot::plotTitle(std::nullopt), QString());
-        QCOMPARE(RealTimePlot::string(QStringLiteral("abc"), 0), QString());
-    }
-
-    // Every variant shows five minutes and 0 to 100 %; the interface plot adds the SNR axis
-    // on the right, the detail panel's small plot has no legend and small labels.
-    void variants()
-    {
+        QCOMPARE(RealTimePlot::string("abc", 0), QString());
+        // Every variant shows five minutes and 0 to 100 %; the interface plot adds the SNR axis
+        // on the right, the detail panel's small plot has no legend and small labels.
         // identifier, SNR axis on the right, legend columns (0: no legend)
-        const std::tuple<const char *, bool, int> rows[] = {
+        const std::tuple<const char *, bool, int> variants[] = {
             {"info", true, 1}, {"signal", false, 5}, {"detail", false, 0}, {"Info", false, 0}};
-        for (const auto &[name, rightAxis, legendColumns] : rows) {
+        for (const auto &[name, rightAxis, legendColumns] : variants) {
             const QString identifier = QString::fromLatin1(name);
             m_delegate.datas = 151;
             renderInto(identifier, QSize(400, 300));
             QChart *graph = m_plot->graph();
             const GraphFrame *frame = GraphFrame::find(graph);
-            QCOMPARE(frame->title(), QStringLiteral("Signal Strength"));
+            QCOMPARE(frame->title(), "Signal Strength");
             // The data area is the bounds less both paddings.
             QCOMPARE(graph->plotArea(), QRectF(0, 0, 400, 300)
                                             .marginsRemoved(frame->padding())
@@ -365,7 +353,7 @@ private Q_SLOTS:
 
     void seriesListBuildsOnePlotEach()
     {
-        renderInto(QStringLiteral("signal"), QSize(600, 400),
+        renderInto("signal", QSize(600, 400),
                    {{{"i", "aa"},
                      {"n", "A network with a long name"},
                      {"s", 0.5},
@@ -374,40 +362,36 @@ private Q_SLOTS:
                     {{"i", "cc"}}}, // garbage entry: defaults, no crash
                    true);
         QCOMPARE(m_plot->plotIdentifiers(), (QStringList{"aa", "bb", "cc"}));
-        QCOMPARE(m_plot->plot("aa")->title(), QStringLiteral("A network with a"));
+        QCOMPARE(m_plot->plot("aa")->title(), "A network with a");
         QCOMPARE(m_plot->plot("aa")->pen().color(), QColor(Qt::yellow));
         QCOMPARE(m_plot->plot("aa")->pen().widthF(), 2.5); // stronger: wider
         QCOMPARE(m_plot->plot("bb")->title(), QString());
         QCOMPARE(m_plot->plot("bb")->pen().widthF(), 1.0);
         QVERIFY(m_plot->plot("cc")->pen().color().isValid());
-    }
-
-    void updateSignalPlotTitle()
-    {
         const std::pair<qint64, const char *> rows[] = {
             {10, "(Top 10)"}, {50, "(Top 50)"}, {51, "(All)"}, {100, "(All)"}};
         for (const auto &[top, title] : rows) {
             m_delegate.top = top;
-            renderInto(QStringLiteral("signal"));
+            renderInto("signal");
             m_plot->updateSignalPlot();
             QCOMPARE(GraphFrame::find(m_plot->graph())->title(),
-                     QStringLiteral("Signal Strength ") + QString::fromLatin1(title));
+                     "Signal Strength " + QString::fromLatin1(title));
         }
     }
 
     void updateSignalPlotFreshness()
     {
         m_delegate.top = 2;
-        m_delegate.add("old", QStringLiteral("Stale"), 0.9, m_now.addMSecs(-1500));
-        m_delegate.add("a", QStringLiteral("Just now"), 0.5, m_now.addMSecs(-1000));
-        m_delegate.add("b", QStringLiteral("Now"), 0.3, m_now);
-        m_delegate.add("c", QStringLiteral("No place left"), 0.8, m_now);
-        renderInto(QStringLiteral("signal"));
+        m_delegate.add("old", "Stale", 0.9, m_now.addMSecs(-1500));
+        m_delegate.add("a", "Just now", 0.5, m_now.addMSecs(-1000));
+        m_delegate.add("b", "Now", 0.3, m_now);
+        m_delegate.add("c", "No place left", 0.8, m_now);
+        renderInto("signal");
         m_plot->updateSignalPlot();
         // The stale network takes no place; the limit of 2 stops at "b".
         QCOMPARE(m_plot->plotIdentifiers(), (QStringList{"a", "b"}));
         QCOMPARE(m_plot->legend()->entries().size(), 2);
-        QCOMPARE(m_plot->legend()->entries().at(1).title, QStringLiteral("Now"));
+        QCOMPARE(m_plot->legend()->entries().at(1).title, "Now");
         // Each chosen series got its network's history.
         QCOMPARE(m_plot->numberForPlot("b", 1, quint64(m_delegate.datas - 1)),
                  std::optional<double>(double(0.3f)));
@@ -421,7 +405,7 @@ private Q_SLOTS:
         addNetworks(4, "n%1", "Net %1", 0.5, m_now);
         m_delegate.top = 3;
         // "gone" is not a listed network: its plot stays and takes one of the three places.
-        renderInto(QStringLiteral("signal"), QSize(600, 400),
+        renderInto("signal", QSize(600, 400),
                    {{{"i", "gone"}, {"n", "Gone"}, {"s", 0.1}},
                     {{"i", "n3"}, {"n", "Net 3"}, {"s", 0.1}}});
         m_plot->updateSignalPlot();
@@ -432,9 +416,9 @@ private Q_SLOTS:
 
     void updateSignalPlotReusesSeries()
     {
-        m_delegate.add("a", QStringLiteral("A"), 0.5, m_now);
-        m_delegate.add("b", QStringLiteral("B"), 0.6, m_now);
-        renderInto(QStringLiteral("signal"));
+        m_delegate.add("a", "A", 0.5, m_now);
+        m_delegate.add("b", "B", 0.6, m_now);
+        renderInto("signal");
         m_plot->updateSignalPlot();
         QPointer<QLineSeries> first = m_plot->plot("a")->firstSegment();
         const qsizetype segmentsBefore = m_plot->graph()->series().size();
@@ -457,7 +441,7 @@ private Q_SLOTS:
     {
         addNetworks(100, "n%1", "Network number %1", 0.5, m_now);
         m_delegate.top = 100;
-        renderInto(QStringLiteral("signal"), QSize(500, 360));
+        renderInto("signal", QSize(500, 360));
         m_plot->updateSignalPlot();
         PlotLegend *legend = m_plot->legend();
         QCOMPARE(legend->entries().size(), 100);
@@ -485,14 +469,14 @@ private Q_SLOTS:
         QCOMPARE(named.theme(), QChart::ChartThemeLight);
         QCOMPARE(named.backgroundBrush().style(), Qt::SolidPattern);
         QCOMPARE(PlotTheme::themeNamed(QString()), nullptr);
-        QCOMPARE(PlotTheme::themeNamed(QStringLiteral("no such theme")), nullptr);
+        QCOMPARE(PlotTheme::themeNamed("no such theme"), nullptr);
     }
 
     void killGraphLeavesNothingBehind()
     {
         QWidget host;
         host.resize(500, 300);
-        host.setProperty("identifier", QStringLiteral("info"));
+        host.setProperty("identifier", "info");
         QList<QPointer<QObject>> made; // charts, hosting views and line series
         for (int i = 0; i < 40; ++i) {
             m_plot->renderInView(&host, nullptr, i % 2 == 0);
@@ -518,7 +502,7 @@ private Q_SLOTS:
     void hostingViewFollowsParent()
     {
         PlotView host;
-        host.setIdentifier(QStringLiteral("detail"));
+        host.setIdentifier("detail");
         host.resize(300, 200);
         host.show();
         m_plot->renderInView(&host, nullptr, false);
@@ -541,16 +525,12 @@ private Q_SLOTS:
         QCOMPARE(rects[1], QRectF(70, 60, 350, 270));
         QCOMPARE(rects[4], QRectF(190, 150, 110, 90));
         // One network sits at ten degrees on ring 1, on the ellipse of the bounds.
-        m_delegate.add("aa", QStringLiteral("Alone"), 0.7);
+        m_delegate.add("aa", "Alone", 0.7);
         const Placement p = map(QSize(490, 390), false).layout().first();
         QCOMPARE(p.ring, 1);
         const double a = 10 * kDegree;
         QCOMPARE(p.point, QPointF(245 + 70 * std::cos(a), 195 + 70 * std::sin(a) * 390 / 490));
         QCOMPARE(p.imageRect, QRectF(p.point, m_map->wifiImage(1).size()));
-    }
-
-    void startAngle()
-    {
         const std::pair<int, double> rows[] = {{1, 10}, {2, 20},  {35, 350},
                                                {36, 0}, {37, 10}, {72, 0}};
         for (const auto &[count, degrees] : rows) {
@@ -568,7 +548,7 @@ private Q_SLOTS:
             m_delegate = FakePlotDelegate();
             // Levels are single-precision fractions in the record.
             const NetworkObjectRef network = m_delegate.add("aa", "Net", double(float(signal)));
-            m_delegate.add("bb", QStringLiteral("Other"), 0.9);
+            m_delegate.add("bb", "Other", 0.9);
             m_delegate.associate(QString::fromLatin1(own ? "aa" : "cc"));
             const QList<Placement> placements = map(QSize(490, 390), false).layout();
             QCOMPARE(placements.size(), 2);
@@ -581,7 +561,7 @@ private Q_SLOTS:
     void weakNetworksAreCapped()
     {
         addNetworks(25, "w%1", "Weak %1", 0.1);
-        m_delegate.add("strong", QStringLiteral("Strong"), 0.9);
+        m_delegate.add("strong", "Strong", 0.9);
         WiFiMapView &view = map(QSize(800, 600));
         QCOMPARE(view.networkLocations().size(), 21);
         for (int i = 0; i < 25; ++i)
@@ -595,10 +575,10 @@ private Q_SLOTS:
 
     void labelsSitUnderTheIcons()
     {
-        m_delegate.add("aa", QStringLiteral("A rather long network name"), 0.7);
-        m_delegate.add("bb", QStringLiteral("Mine"), 0.4);
+        m_delegate.add("aa", "A rather long network name", 0.7);
+        m_delegate.add("bb", "Mine", 0.4);
         m_delegate.add("cc", std::nullopt, 0.4);
-        m_delegate.associate(QStringLiteral("bb"));
+        m_delegate.associate("bb");
         WiFiMapView &view = map(QSize(600, 500), false);
         view.initImagesIfNeeded();
         const QFontMetricsF metrics(WiFiView::systemFont(11));
@@ -614,7 +594,7 @@ private Q_SLOTS:
 
     void locationsAreTextAndNeverForgotten()
     {
-        const NetworkObjectRef moving = m_delegate.add("aa", QStringLiteral("Moving"), 0.9);
+        const NetworkObjectRef moving = m_delegate.add("aa", "Moving", 0.9);
         WiFiMapView &view = map();
         const QString imageText =
             view.networkLocations().value("aa").value(WiFiMapView::kImageRectKey);
@@ -681,14 +661,9 @@ private Q_SLOTS:
                                                  {{5, 23.9}, true}, {{-0.1, 5}, false}};
         for (const auto &[offset, hit] : rows)
             QCOMPARE(view.networkAtPoint(icon.topLeft() + offset) != nullptr, hit);
-    }
-
-    void hostileNamesAreShownSafely()
-    {
-        QCOMPARE(WiFiView::displayText(QStringLiteral("a\tb\nc")),
-                 QString::fromUtf8("a\uFFFDb\uFFFDc"));
+        QCOMPARE(WiFiView::displayText("a\tb\nc"), QString::fromUtf8("a\uFFFDb\uFFFDc"));
         QCOMPARE(WiFiView::displayText(std::nullopt), QString());
-        QVERIFY(WiFiView::loadIcon(QStringLiteral("no-such-icon")).isNull());
+        QVERIFY(WiFiView::loadIcon("no-such-icon").isNull());
     }
 
     void channelFrameAndTicks()
@@ -723,10 +698,6 @@ private Q_SLOTS:
         QCOMPARE(numbers,
                  (QList<qint64>{36,  40,  44,  48,  52,  56,  60,  64,  100, 104, 108, 112,
                                 116, 120, 124, 128, 132, 136, 140, 149, 153, 157, 161, 165}));
-    }
-
-    void index5GHz()
-    {
         const std::pair<qint64, qint64> rows[] = {
             {36, 0},   {64, 7},
             {96, 7},   {100, 8},
@@ -766,12 +737,12 @@ private Q_SLOTS:
 
     void onlyBand1IsDrawn()
     {
-        const NetworkObjectRef band1 = m_delegate.add("aa", QStringLiteral("Two four"), 0.5);
+        const NetworkObjectRef band1 = m_delegate.add("aa", "Two four", 0.5);
         band1->setChannel(6);
-        const NetworkObjectRef band2 = m_delegate.add("bb", QStringLiteral("Five"), 0.5);
+        const NetworkObjectRef band2 = m_delegate.add("bb", "Five", 0.5);
         band2->setChannel(100);
         band2->setChannelBand(2);
-        m_delegate.add("cc", QStringLiteral("Unknown"), 0.5)->setChannelBand(0);
+        m_delegate.add("cc", "Unknown", 0.5)->setChannelBand(0);
 
         WiFiChannelView view;
         QCOMPARE(view.band(), Band::GHz2_4);
@@ -784,7 +755,7 @@ private Q_SLOTS:
             const QList<WiFiChannelLayout::Outline> outlines = view.layout();
             QCOMPARE(outlines.size(), 1);
             QCOMPARE(outlines.first().network, band1);
-            QCOMPARE(outlines.first().label, QStringLiteral("Two four"));
+            QCOMPARE(outlines.first().label, "Two four");
             if (five) { // channel 6 by the 5 GHz rule: slot -7, left of the plot
                 QVERIFY(outlines.first().points.first().x() < 0);
             } else {
@@ -809,7 +780,7 @@ private Q_SLOTS:
         m_delegate.list = makeOnAir(60, 3, m_now);
         // A record heard two minutes before the newest scan no longer counts.
         const NetworkObjectRef old = makeOnAir(1, 9, m_now.addSecs(-120)).at(0);
-        old->setBssid(QStringLiteral("02:00:00:00:ff:ff"));
+        old->setBssid("02:00:00:00:ff:ff");
         m_delegate.list.append(old);
         view.relayout();
         QCOMPARE(view.charts().size(), 3);
@@ -820,13 +791,7 @@ private Q_SLOTS:
             QVERIFY(!chart.recommendation.isEmpty());
         }
         QCOMPARE(shapes, 60);
-    }
-
-    void occupancyHoverHighlightsOneNetwork()
-    {
         m_delegate.list = makeOnAir(12, 5, m_now);
-        ChannelOccupancyView view;
-        view.setDelegate(&m_delegate);
         view.resize(1200, 700);
         view.relayout();
         const auto &chart = view.charts().at(0);
