@@ -7,7 +7,6 @@
 
 #include <QCursor>
 #include <QLabel>
-#include <QMainWindow>
 #include <QMouseEvent>
 #include <QTableView>
 #include <QTimer>

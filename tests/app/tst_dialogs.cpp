@@ -3,7 +3,6 @@
 #include "support/AppHarness.h"
 
 #include "app/BusySpinner.h"
-#include "prefs/PreferenceStore.h"
 #include "wireless/CWKeys.h"
 
 #include <QComboBox>
@@ -68,33 +67,26 @@ class TestDialogs : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void securityItemFollowsTheNetwork_data()
-    {
-        QTest::addColumn<int>("row");
-        QTest::addColumn<QString>("selected");
-        QTest::addColumn<bool>("passEnabled");
-        QTest::newRow("open: nothing selected") << 0 << QString() << false;
-        QTest::newRow("WPA/WPA2 Personal: nothing selected") << 1 << QString() << false;
-        QTest::newRow("WPA2 Personal") << 2 << QStringLiteral("WPA2 Personal") << true;
-    }
     void securityItemFollowsTheNetwork()
     {
-        QFETCH(int, row);
-        QFETCH(QString, selected);
-        QFETCH(bool, passEnabled);
-        DialogFixture f;
-        f.openJoinOn(row);
-        QVERIFY(f.h.app().joinDialogWindow()->isVisible());
-        QCOMPARE(f.h.app().joinDialogContext(), qint8(1));
-        QComboBox *security = f.combo("joinSecurityPopupButton");
-        QCOMPARE(security->count(), 7);
-        QCOMPARE(security->currentIndex() >= 0 ? security->currentText() : QString(), selected);
-        QVERIFY(!security->isEnabled());
-        QVERIFY(!f.edit("joinNetworkNameField")->isEnabled());
-        QVERIFY(!f.edit("joinUsernameField")->isEnabled());
-        QCOMPARE(f.edit("joinPassphraseField")->isEnabled(), passEnabled);
-        QVERIFY(!f.combo("joinUser8021XProfilePopupButton")->isEnabled());
-        QCOMPARE(f.edit("joinPassphraseField")->echoMode(), QLineEdit::Password);
+        // Open and WPA/WPA2 Personal select nothing; WPA2 Personal selects itself.
+        const std::tuple<int, QString, bool> rows[] = {
+            {0, QString(), false}, {1, QString(), false}, {2, "WPA2 Personal", true}};
+        for (const auto &[row, selected, passEnabled] : rows) {
+            DialogFixture f;
+            f.openJoinOn(row);
+            QVERIFY(f.h.app().joinDialogWindow()->isVisible());
+            QCOMPARE(f.h.app().joinDialogContext(), qint8(1));
+            QComboBox *security = f.combo("joinSecurityPopupButton");
+            QCOMPARE(security->count(), 7);
+            QCOMPARE(security->currentIndex() >= 0 ? security->currentText() : QString(), selected);
+            QVERIFY(!security->isEnabled());
+            QVERIFY(!f.edit("joinNetworkNameField")->isEnabled());
+            QVERIFY(!f.edit("joinUsernameField")->isEnabled());
+            QCOMPARE(f.edit("joinPassphraseField")->isEnabled(), passEnabled);
+            QVERIFY(!f.combo("joinUser8021XProfilePopupButton")->isEnabled());
+            QCOMPARE(f.edit("joinPassphraseField")->echoMode(), QLineEdit::Password);
+        }
     }
     // A stored profile fills and locks the fields and is sent as it is; choosing another
     // profile fills from it, "Default" changes nothing and builds a new profile on OK.

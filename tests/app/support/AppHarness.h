@@ -3,17 +3,17 @@
 
 #include "app/AppDelegate.h"
 #include "app/FileChooser.h"
+#include "prefs/PreferenceStore.h"
 #include "support/FakeBackend.h"
 #include "util/Clock.h"
 #include "util/RandomSource.h"
 #include "util/StreamAlertPresenter.h"
 
 #include <QMainWindow>
+#include <QSettings>
 #include <QTemporaryDir>
 
 #include <memory>
-
-class PreferenceStore;
 
 // A save dialog that answers what the test decided, and remembers what it was shown.
 class FakeFileChooser final : public FileChooser
@@ -36,17 +36,55 @@ public:
 class AppHarness
 {
 public:
-    AppHarness();
-    ~AppHarness();
+    AppHarness()
+    {
+        QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, settingsDir.path());
+        QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, settingsDir.path());
+        Clock::setInstance(&clock);
+        RandomSource::setInstance(&random);
+        WirelessBackend::setCurrent(backend);
+        restart();
+    }
+    ~AppHarness()
+    {
+        m_app.reset();
+        preferences.reset();
+        WirelessBackend::setCurrent(nullptr);
+        RandomSource::setInstance(nullptr);
+        Clock::setInstance(nullptr);
+    }
 
     // A new controller over the same settings and backend (a restart of the program).
-    AppDelegate &restart();
+    AppDelegate &restart()
+    {
+        m_app.reset();
+        preferences = std::make_unique<PreferenceStore>();
+        AppDelegate::Options options;
+        options.alerts = &alerts;
+        options.fileChooser = &files;
+        options.preferences = preferences.get();
+        options.runStartupProbe = false;
+        options.startTimer = false;
+        m_app = std::make_unique<AppDelegate>(options);
+        m_app->interfaceSelected(); // tests that skip the launch still use the first interface
+        return *m_app;
+    }
     AppDelegate &app() const { return *m_app; }
-    QWidget *widget(const char *objectName) const;
+    QWidget *widget(const char *objectName) const { return find<QWidget>(objectName); }
     // Launches the program with one scan that hears `scan`.
-    void launchWith(const QList<CWNetworkRef> &scan);
+    void launchWith(const QList<CWNetworkRef> &scan)
+    {
+        backend->scans = {scan};
+        m_app->applicationDidFinishLaunching();
+    }
     // The names the table shows, top to bottom.
-    QStringList rowNames() const;
+    QStringList rowNames() const
+    {
+        QStringList names;
+        for (qsizetype row = 0; row < m_app->numberOfRowsInTableView(); ++row)
+            names << m_app->objectValueForTableColumn("NETWORK_NAME", row).toString();
+        return names;
+    }
     template <typename T> T *find(const char *objectName) const
     {
         return m_app->window()->findChild<T *>(QString::fromLatin1(objectName));
