@@ -7,13 +7,8 @@ namespace {
 
 TEST(ServeOption, ParsesAddressesAndPorts)
 {
-    const struct
-    {
-        const char *text;
-        const char *address; // nullptr: refused
-        int port;
-        const char *why;
-    } rows[] = {
+    // text, address (nullptr: refused), port, why refused
+    const std::tuple<const char *, const char *, int, const char *> rows[] = {
         {"9100", "127.0.0.1", 9100, nullptr},
         {"0", "127.0.0.1", 0, nullptr},
         {"0.0.0.0:9100", "0.0.0.0", 9100, nullptr},
@@ -30,21 +25,20 @@ TEST(ServeOption, ParsesAddressesAndPorts)
         {"300.1.1.1:9100", nullptr, 0, "is no IP address"},
         {"::1:9100", nullptr, 0, "in brackets"},
         {"[::1]9100", nullptr, 0, "in brackets"},
-        {"[127.0.0.1]:9100", nullptr, 0, "is no IPv6 address"},
-    };
-    for (const auto &row : rows) {
+        {"[127.0.0.1]:9100", nullptr, 0, "is no IPv6 address"}};
+    for (const auto &[text, wantedAddress, wantedPort, wantedWhy] : rows) {
         QString address, why;
         int port = -1;
         const bool ok =
-            CommandLineOptions::parseServe(QString::fromUtf8(row.text), &address, &port, &why);
-        if (row.address) {
-            EXPECT_TRUE(ok) << row.text << ": " << why.toStdString();
-            EXPECT_EQ(address, QString::fromLatin1(row.address)) << row.text;
-            EXPECT_EQ(port, row.port) << row.text;
+            CommandLineOptions::parseServe(QString::fromUtf8(text), &address, &port, &why);
+        if (wantedAddress) {
+            EXPECT_TRUE(ok) << text << ": " << why.toStdString();
+            EXPECT_EQ(address, QString::fromLatin1(wantedAddress)) << text;
+            EXPECT_EQ(port, wantedPort) << text;
         } else {
-            EXPECT_FALSE(ok) << row.text;
-            EXPECT_TRUE(why.contains(QString::fromLatin1(row.why)))
-                << row.text << ": " << why.toStdString();
+            EXPECT_FALSE(ok) << text;
+            EXPECT_TRUE(why.contains(QString::fromLatin1(wantedWhy)))
+                << text << ": " << why.toStdString();
         }
     }
 }

@@ -76,7 +76,7 @@ private Q_SLOTS:
         const std::pair<int, QString> rows[] = {{1, QString()}, {6, QString()}, {4, "flat"}};
         for (const auto &[cycles, filter] : rows) {
             const QString window = run(true, cycles, filter);
-            QVERIFY(window.contains(QLatin1String("<tr>")));
+            QVERIFY(window.contains("<tr>"));
             QCOMPARE(run(false, cycles, filter), window);
         }
     }

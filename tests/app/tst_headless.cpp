@@ -114,21 +114,17 @@ private Q_SLOTS:
         QTest::addColumn<QString>("option");
         QTest::addColumn<QString>("target");    // "blocked": a path below a plain file
         QTest::addColumn<QByteArray>("reason"); // what the message must name
-        QTest::newRow("export below a file") << "--export-tsv"
-                                             << "blocked" << QByteArray("Cannot write");
-        QTest::newRow("log below a file") << "--log-tsv"
-                                          << "blocked" << QByteArray("Cannot write the log");
-        const QByteArray full("No space left on device");
-        QTest::newRow("tsv to a full device") << "--export-tsv"
-                                              << "/dev/full" << full;
-        QTest::newRow("html to a full device") << "--export-html"
-                                               << "/dev/full" << full;
-        QTest::newRow("log to a full device") << "--log-tsv"
-                                              << "/dev/full" << full;
-        QTest::newRow("tsv to a full file system") << "--export-tsv"
-                                                   << "tiny" << full;
-        QTest::newRow("log to a full file system") << "--log-tsv"
-                                                   << "tiny" << full;
+        auto row = [](const char *name, const char *option, const char *target,
+                      const char *reason = "No space left on device") {
+            QTest::newRow(name) << QString(option) << QString(target) << QByteArray(reason);
+        };
+        row("export below a file", "--export-tsv", "blocked", "Cannot write");
+        row("log below a file", "--log-tsv", "blocked", "Cannot write the log");
+        row("tsv to a full device", "--export-tsv", "/dev/full");
+        row("html to a full device", "--export-html", "/dev/full");
+        row("log to a full device", "--log-tsv", "/dev/full");
+        row("tsv to a full file system", "--export-tsv", "tiny");
+        row("log to a full file system", "--log-tsv", "tiny");
     }
     void unwritableOutputGivesExitCode4()
     {
@@ -142,12 +138,12 @@ private Q_SLOTS:
             if (!mountPoint.isEmpty())
                 QProcess::execute("umount", {mountPoint});
         });
-        if (target == QLatin1String("blocked")) {
+        if (target == "blocked") {
             QFile blocker(dir.filePath("file"));
             QVERIFY(blocker.open(QIODevice::WriteOnly));
             blocker.close();
             path = dir.filePath("file/out");
-        } else if (target == QLatin1String("tiny")) {
+        } else if (target == "tiny") {
             // A small file system, filled up: only root may make one.
             const QString point = dir.filePath("tiny");
             QVERIFY(QDir().mkpath(point));
@@ -170,10 +166,10 @@ private Q_SLOTS:
         QVERIFY2(r.err.contains(reason), r.err.constData());
         QVERIFY2(!r.err.contains("Unknown error"), r.err.constData());
         // A device written to stays the device it was.
-        if (target.startsWith(QLatin1String("/dev/")))
+        if (target.startsWith("/dev/"))
             QVERIFY(!QFileInfo(target).isFile());
         // Nothing half written replaces an export.
-        if (option != QLatin1String("--log-tsv") && target == QLatin1String("tiny"))
+        if (option != "--log-tsv" && target == "tiny")
             QVERIFY(!QFileInfo::exists(path) || QFileInfo(path).size() == 0);
     }
     void badArgumentsGiveExitCode2()

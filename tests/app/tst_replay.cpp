@@ -39,20 +39,20 @@ QList<Expected> readExpected(const QString &path)
 QString securityText(const QString &label)
 {
     const QString kind = label.section(QLatin1Char(' '), 0, 0);
-    const bool mixed = kind.startsWith(QLatin1String("WPA/"));
-    if (kind == QLatin1String("open") || kind == QLatin1String("OWE"))
+    const bool mixed = kind.startsWith("WPA/");
+    if (kind == "open" || kind == "OWE")
         return QString();
-    if (kind == QLatin1String("WEP"))
+    if (kind == "WEP")
         return "WEP";
-    if (kind.contains(QLatin1String("EAP"))) {
+    if (kind.contains("EAP")) {
         if (mixed)
             return "WPA/WPA2 Enterprise";
-        return kind.contains(QLatin1String("WPA2")) ? "WPA2 Enterprise" : "WPA Enterprise";
+        return kind.contains("WPA2") ? "WPA2 Enterprise" : "WPA Enterprise";
     }
     // PSK and SAE (which counts as WPA2 personal).
     if (mixed)
         return "WPA/WPA2 Personal";
-    return kind == QLatin1String("WPA-PSK") ? "WPA Personal" : "WPA2 Personal";
+    return kind == "WPA-PSK" ? "WPA Personal" : "WPA2 Personal";
 }
 
 QString phyText(const Expected &e, bool fiveGHz)
@@ -60,8 +60,7 @@ QString phyText(const Expected &e, bool fiveGHz)
     bool cck = false, ofdm = false;
     for (QString rate : e.rates.split(QLatin1Char(','), Qt::SkipEmptyParts)) {
         rate.remove(QLatin1Char('*'));
-        if (rate == QLatin1String("1") || rate == QLatin1String("2") ||
-            rate == QLatin1String("5.5") || rate == QLatin1String("11"))
+        if (QStringList{"1", "2", "5.5", "11"}.contains(rate))
             cck = true;
         else if (QStringList{"6", "9", "12", "18", "24", "36", "48", "54"}.contains(rate))
             ofdm = true;
@@ -73,17 +72,16 @@ QString phyText(const Expected &e, bool fiveGHz)
         letters << QStringLiteral("b");
     if (!fiveGHz && ofdm)
         letters << QStringLiteral("g");
-    if (e.hasHt == QLatin1String("1"))
+    if (e.hasHt == "1")
         letters << QStringLiteral("n");
     return "802.11" + letters.join(QLatin1Char('/'));
 }
 
 QString widthText(const Expected &e)
 {
-    if (e.vhtWidth == QLatin1String("80") || e.vhtWidth == QLatin1String("160") ||
-        e.vhtWidth == QLatin1String("80+80"))
+    if (e.vhtWidth == "80" || e.vhtWidth == "160" || e.vhtWidth == "80+80")
         return QString(); // wider channels have no text of their own
-    return e.ht40 == QLatin1String("1") ? "40MHz" : "20MHz";
+    return e.ht40 == "1" ? "40MHz" : "20MHz";
 }
 } // namespace
 
@@ -132,7 +130,7 @@ private Q_SLOTS:
                     continue;
                 }
                 ++compared;
-                const bool five = e.label.contains(QLatin1String("5GHz"));
+                const bool five = e.label.contains("5GHz");
                 const QString channel = e.channel.isEmpty() ? e.htPrimary : e.channel;
                 const QList<QPair<QString, QPair<QString, QString>>> checks = {
                     {"security", {row.at(16), securityText(e.label)}},
@@ -140,10 +138,10 @@ private Q_SLOTS:
                     {"channel", {row.at(18), channel}},
                     {"band", {row.at(19), five ? "5GHz" : "2.4GHz"}},
                     {"width", {row.at(20), widthText(e)}},
-                    {"ibss", {row.at(21), e.ibss == QLatin1String("1") ? "Yes" : "No"}},
+                    {"ibss", {row.at(21), e.ibss == "1" ? "Yes" : "No"}},
                     {"name",
-                     {row.at(0) == QLatin1String("(null)") ? "hidden" : "named",
-                      e.ssidHidden == QLatin1String("no") ? "named" : "hidden"}},
+                     {row.at(0) == "(null)" ? "hidden" : "named",
+                      e.ssidHidden == "no" ? "named" : "hidden"}},
                 };
                 for (const auto &[what, values] : checks) {
                     if (values.first != values.second)

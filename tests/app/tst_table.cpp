@@ -222,12 +222,12 @@ private Q_SLOTS:
         QVERIFY(blocker.open(QIODevice::WriteOnly));
         blocker.close();
         h.files.answer = target.isEmpty() ? QString() : out.filePath(target);
-        if (target == QLatin1String("blocked"))
+        if (target == "blocked")
             h.files.answer += "/wifi-details.csv";
         html ? h.app().exportToHTML() : h.app().exportToCSV();
         QCOMPARE(h.files.lastRepresentedName, html ? "wifi-details.html" : "wifi-details.csv");
         QVERIFY(h.files.lastStartDirectory.endsWith("/Documents"));
-        if (target.isEmpty() || target == QLatin1String("blocked")) {
+        if (target.isEmpty() || target == "blocked") {
             QVERIFY(target.isEmpty() || !QFileInfo::exists(h.files.answer));
             QCOMPARE(h.alerts.lines().size(), target.isEmpty() ? 0 : 1);
             if (!target.isEmpty()) {
