@@ -156,6 +156,7 @@ TEST(BssNetworkMapper, NetworkDataFromObservation)
     EXPECT_FALSE(h.ssidPresent);
     EXPECT_EQ(h.ssidData, QByteArray(2, '\0'));
     EXPECT_TRUE(h.bssid.isEmpty());
+    EXPECT_EQ(h.beaconInterval, 0);       // not heard: unknown
     EXPECT_TRUE(h.countryCode.isEmpty()); // not letters
 }
 
@@ -173,7 +174,8 @@ TEST(FrequencyPlan, AnnexEChannels)
         {5180, 36, kCWChannelBand5GHz},  {5745, 149, kCWChannelBand5GHz},
         {5885, 177, kCWChannelBand5GHz}, {5935, 2, kCWChannelBand6GHz},
         {5955, 1, kCWChannelBand6GHz},   {6115, 33, kCWChannelBand6GHz},
-        {7115, 233, kCWChannelBand6GHz}, {0, 0, kCWChannelBandUnknown},
+        {7115, 233, kCWChannelBand6GHz}, {7125, 0, kCWChannelBand6GHz},
+        {5957, 0, kCWChannelBand6GHz},   {0, 0, kCWChannelBandUnknown},
         {-5, 0, kCWChannelBandUnknown},  {60480, 0, kCWChannelBandUnknown},
     };
     for (const auto &row : rows) {

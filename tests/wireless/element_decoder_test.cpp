@@ -55,9 +55,12 @@ const DecodeRow kDecodeRows[] = {
     {"vht 80+80 by segments", "c0 05 01 2a 9b 0000", "vhtop=80+80"},
     {"vht old 160", "c0 05 02 32 00 0000", "vhtop=160"},
     {"vht 20/40", "c0 05 00 00 00 0000", "vhtop=20/40"},
+    {"vht operation of wrong length", "c0 06 01 2a 00 0000 00", "flags=M"},
     {"he capabilities", "ff 16 23 000000000000 0000000000000000000000 00000000", "hecap"},
     {"he capabilities too short", "ff 02 23 00", "flags=M"},
     {"he operation with 6 GHz info", "ff 0c 24 000002 00 0000 25 02 27 00 01", "heop=6g37/80"},
+    {"he operation with vht, co-hosted and 6 GHz info",
+     "ff 10 24 00c002 00 0000 012a00 05 25 02 27 00 01", "heop=6g37/80"},
     {"he operation announcing missing 6 GHz info", "ff 07 24 000002 00 0000", "flags=M"},
     {"eht operation 320", "ff 09 6a 01 00000000 04 1f 1f", "ehtop=320/31,31"},
     {"eht operation with disabled subchannels", "ff 0b 6a 03 00000000 03 2a 32 0200",
@@ -80,6 +83,7 @@ TEST(ElementDecoder, DecodesRawElements)
         const BssElements e = ElementDecoder::decode(ElementText::fromHex(row.hex));
         EXPECT_EQ(ElementText::summary(e).toStdString(), row.expected);
     }
+    EXPECT_EQ(ElementText::summary(ElementDecoder::decode(nullptr, 8)), QString());
 }
 
 TEST(ElementDecoder, HiddenSsidRule)

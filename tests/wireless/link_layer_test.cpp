@@ -91,6 +91,11 @@ TEST(LinkLayer, RadiotapHeaders)
          -60, std::nullopt},
         {"xchannel", "00 00 1000 00000400 00000000 3c14 24 00 0102", 16, 2, 5180, std::nullopt,
          std::nullopt},
+        // Field 9 (two bytes, aligned to two) sits between noise and xchannel.
+        {"aligned fields before xchannel",
+         "00 00 1400 60020400 c4 a2 0000 00000000 3c14 24 00 0102", 20, 2, 5180, -60, -94},
+        {"two present words and nothing else", "00 00 0c00 00000080 00000000 0102", 12, 2, 0,
+         std::nullopt, std::nullopt},
         {"header longer than the packet", "00 00 4000 00000000 0102", 0, 0, 0, {}, {}},
         {"header length below 8", "00 00 0400 00000000", 0, 0, 0, {}, {}},
         {"version 1", "01 00 0800 00000000", 0, 0, 0, {}, {}},
@@ -148,6 +153,14 @@ TEST(LinkLayer, PrismAvsPpiAndPlain)
         EXPECT_EQ(f->frequencyMHz, 5180);
         EXPECT_EQ(f->signalDbm, -64);
         EXPECT_FALSE(f->noiseDbm);
+        // Aligned fields: an odd-length field is padded to four bytes; noise 0 is no reading.
+        const QByteArray aligned =
+            ElementText::fromHex("00 01 2800 69000000 0300 0200 abcd 0000 0200 1400") +
+            ElementText::fromHex("0000000000000000 0000 0c00 3c14 4001 0000 c0 00") + kPayload;
+        const auto a = LinkLayer::strip(LinkLayer::kPpi, bytes(aligned), aligned.size());
+        ASSERT_TRUE(a);
+        EXPECT_EQ(std::tuple(a->frequencyMHz, a->signalDbm, a->noiseDbm),
+                  std::tuple(5180, std::optional(-64), std::optional<int>()));
         const QByteArray nested =
             ppiHeader(LinkLayer::kPpi, false) + ppiHeader(105, false) + kPayload;
         EXPECT_FALSE(LinkLayer::strip(LinkLayer::kPpi, bytes(nested), nested.size()));

@@ -3,6 +3,7 @@
 #include "support/ReferenceRows.h"
 #include "util/Clock.h"
 #include "wireless/CWTypes.h"
+#include "wireless/capture/CaptureReader.h"
 #include "wireless/replay/ReplayBackend.h"
 
 #include <QDir>
@@ -76,6 +77,14 @@ TEST(ReplayBackend, FullSpeedServesOneWindowPerScan)
 
     const QString name = QStringLiteral("office");
     ASSERT_EQ(replay->interfaceNames(), QStringList{name});
+    // The reader hands out each frame's own time stamp, to the microsecond.
+    auto reader = CaptureReader::open(dir.filePath(QStringLiteral("office.pcap")), &error);
+    ASSERT_TRUE(reader);
+    CaptureReader::Frame frame;
+    for (const Frame &f : kFrames) {
+        ASSERT_TRUE(reader->next(&frame));
+        EXPECT_EQ(frame.timeUs, kT0 + qint64(f.at * 1e6));
+    }
     CWError e;
     // [0, 2): the latest frame of each BSSID, in order of first appearance.
     EXPECT_EQ(describe(replay->scanForNetworks(name, {}, &e)),
