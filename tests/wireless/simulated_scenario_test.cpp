@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Reading scenario files: messages for bad ones, damaged ones, defaults and raw SSID bytes.
 #include "wireless/CWTypes.h"
+#include "wireless/simulated/SimLinkRate.h"
 #include "wireless/simulated/SimulatedBackend.h"
 
 #include <QSet>
@@ -101,6 +102,13 @@ TEST(SimulatedScenario, BadScenariosGiveClearMessages)
 TEST(SimulatedScenario, DefaultsAndRawSsidBytes)
 {
     QString text;
+    // The lowest allowed values load: an 8-character passphrase, 1 mW of transmit power.
+    EXPECT_TRUE(SimulatedBackend::fromJson(
+        R"({"interfaces": [{"name": "w", "txPowerMw": 1}], "accessPoints": [{"bssid":
+        "02:00:00:00:00:01", "channel": 6, "position": [1, 2], "security": "wpa2-personal",
+        "passphrase": "12345678"}]})",
+        1, &text))
+        << qPrintable(text);
     auto sim = SimulatedBackend::fromJson(R"({"accessPoints": [
         {"ssidHex": "41ff00e4", "bssid": "0A:00:00:00:00:01", "channel": 1, "position": [3, 0]}]})",
                                           5, &text);
@@ -178,4 +186,29 @@ TEST(SimulatedScenario, RealChannelLayout)
     for (const char *kind : {"80 MHz5 GHz", "160 MHz5 GHz", "80+80 MHz5 GHz", "160 MHz6 GHz",
                              "320 MHz6 GHz", "40 MHz2.4 GHz", "20 MHz2.4 GHz"})
         EXPECT_TRUE(kinds.contains(QLatin1String(kind))) << kind;
+}
+
+// The link rate follows the SNR thresholds of each modulation, the width and the streams.
+TEST(SimulatedScenario, LinkRateSteps)
+{
+    const unsigned n = 1u << kCWPHYMode11n, g = 1u << kCWPHYMode11g, b = 1u << kCWPHYMode11b;
+    const struct
+    {
+        unsigned phy;
+        bool vht;
+        int width, streams, snr;
+        double mbps;
+    } rows[] = {
+        {n, false, kCWChannelWidth20MHz, 1, 5, 13 * 10 / 9.0},      // MCS 1 from 5 dB
+        {n, false, kCWChannelWidth40MHz, 1, 15, 81 * 10 / 9.0},     // MCS 4
+        {n, false, kCWChannelWidth20MHz, 1, 40, 65 * 10 / 9.0},     // HT stops at MCS 7
+        {0, true, kCWChannelWidth80MHz, 3, 31, 390 * 10 / 9.0 * 3}, // VHT MCS 9
+        {0, true, kCWChannelWidth160MHz, 2, 31, 780 * 10 / 9.0 * 2},
+        {g, false, kCWChannelWidth20MHz, 1, 6, 12},
+        {b, false, kCWChannelWidth20MHz, 1, 6, 5.5},
+    };
+    for (const auto &row : rows)
+        EXPECT_NEAR(SimLinkRate::transmitRate(row.phy, row.vht, row.width, row.streams, row.snr),
+                    row.mbps, 1e-9)
+            << row.snr << " dB, width " << row.width;
 }
