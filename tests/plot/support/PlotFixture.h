@@ -1,0 +1,66 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "plot/PlotDelegate.h"
+#include "support/FakeBackend.h"
+#include "util/Clock.h"
+
+#include <QObject>
+
+// A record with one signal sample `signal` (a level fraction); neighbours' hues differ.
+inline NetworkObjectRef makeNetwork(const QString &bssid, const std::optional<QString> &name,
+                                    double signal, int index = 0)
+{
+    auto network = std::make_shared<NetworkObject>();
+    network->setBssid(bssid);
+    network->setName(name);
+    network->setSignals({LevelSample(float(signal))});
+    network->setNoises({LevelSample(0.1f)});
+    network->setSNRs({SNRSample(signal * 100.0)});
+    network->setChannel(1);
+    network->setChannelBand(1);
+    network->setColor(QColor::fromHsvF(float(index % 50) / 49.0f, 0.8f, 0.9f));
+    return network;
+}
+
+// The controller as the views see it: records, an interface whose BSSID can be set (nullopt:
+// not associated), and the two numbers from the preferences.
+struct FakePlotDelegate : PlotDelegate
+{
+    const NetworkList &networks() const override { return list; }
+    CWInterfaceRef currentInterface() const override { return interface; }
+    qint64 numberOfDatas() const override { return datas; }
+    qint64 numberOfTopNetworks() const override { return top; }
+    void associate(const std::optional<QString> &bssid) { backend->currentBssid = bssid; }
+    NetworkObjectRef add(const QString &bssid, const std::optional<QString> &name, double signal,
+                         const QDateTime &updated = QDateTime())
+    {
+        NetworkObjectRef network = makeNetwork(bssid, name, signal, int(list.count()));
+        network->setLastUpdated(updated);
+        list.append(network);
+        return network;
+    }
+
+    NetworkList list;
+    std::shared_ptr<FakeBackend> backend = std::make_shared<FakeBackend>();
+    CWInterfaceRef interface = std::make_shared<CWInterface>(backend, "wlan0");
+    qint64 datas = 300;
+    qint64 top = 10;
+};
+
+// What both plot programs share: the fake controller, a clock that stands still.
+class PlotFixture : public QObject
+{
+protected:
+    ManualClock m_clock{QDateTime(QDate(2024, 5, 1), QTime(12, 0), Qt::UTC)};
+    const QDateTime m_now = m_clock.currentDateTime();
+    FakePlotDelegate m_delegate;
+
+    void addNetworks(int count, const char *bssid, const char *name, double signal,
+                     const QDateTime &updated = QDateTime())
+    {
+        for (int i = 0; i < count; ++i)
+            m_delegate.add(QString::fromLatin1(bssid).arg(i), QString::fromLatin1(name).arg(i),
+                           signal, updated);
+    }
+};
