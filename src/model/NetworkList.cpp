@@ -27,17 +27,8 @@ int compareKeys(bool aCurrent, const std::optional<QString> &aName, bool bCurren
     return (c > 0) - (c < 0);
 }
 
-// Units i..i+3 of `text`, the first in the highest bits, missing ones as 0. Two texts
-// whose packs differ compare as their packs do: at the first differing unit either both
-// have a unit, or the shorter text ended there and the other has a unit above 0 (a unit 0
-// packs like the end and leaves the packs equal).
-quint64 packUnits(const QString &text, qsizetype i)
-{
-    quint64 packed = 0;
-    for (qsizetype k = i; k < i + 4; ++k)
-        packed = (packed << 16) | (k < text.size() ? text.at(k).unicode() : 0u);
-    return packed;
-}
+// Room left between neighbouring labels when they are handed out one by one.
+constexpr quint64 kLabelStep = quint64(1) << 32;
 
 } // namespace
 
@@ -118,20 +109,53 @@ bool NetworkList::refreshKey(quint32 slot)
 {
     const std::optional<QString> name = m_records[slot]->name();
     SortKey &key = m_keys[slot];
-    if (key.hasName == name.has_value() && (!name || key.name == *name))
-        return false;
-    key.hasName = name.has_value();
     if (!name) {
+        const bool changed = key.name != nullptr;
         key = SortKey();
-        return true;
+        return changed;
     }
-    auto interned = m_names.constFind(*name);
-    if (interned == m_names.constEnd())
-        interned = m_names.insert(*name);
-    key.name = *interned;
-    key.head = packUnits(key.name, 0);
-    key.tail = packUnits(key.name, 4);
+    if (key.name && key.name->first == *name)
+        return false;
+    key.name = labelName(*name);
+    key.label = key.name->second;
     return true;
+}
+
+const NetworkList::NameLabels::value_type *NetworkList::labelName(const QString &name)
+{
+    auto [it, added] = m_labels.try_emplace(name, 0);
+    if (!added)
+        return &*it;
+    // Between the neighbours' labels; 0 stays free for "no name".
+    const quint64 below = it == m_labels.begin() ? 0 : std::prev(it)->second;
+    const auto after = std::next(it);
+    const quint64 above = after == m_labels.end() ? ~quint64(0) : after->second;
+    const quint64 gap = above - below;
+    if (gap < 2) {
+        spreadLabels();
+        return &*it;
+    }
+    if (after == m_labels.end())
+        it->second = below + std::min(kLabelStep, gap / 2);
+    else if (it == m_labels.begin())
+        it->second = above - std::min(kLabelStep, gap / 2);
+    else
+        it->second = below + gap / 2;
+    return &*it;
+}
+
+void NetworkList::spreadLabels()
+{
+    // Evenly over the whole range, in name order; the keys take their new labels (the
+    // order they give is the same).
+    const quint64 step = ~quint64(0) / (quint64(m_labels.size()) + 1);
+    quint64 label = 0;
+    for (auto &entry : m_labels)
+        entry.second = label += step;
+    for (SortKey &key : m_keys) {
+        if (key.name)
+            key.label = key.name->second;
+    }
 }
 
 quint32 NetworkList::currentSlot(const std::optional<QString> &currentBssid) const
@@ -145,34 +169,26 @@ void NetworkList::sortByKeys(quint32 current)
 {
     // Places, not records, are sorted: the records follow once the order stands. The
     // answers are those of compareForDisplay().
-    const auto less = [this, current](quint32 a, quint32 b) {
-        if (a == current)
-            return true;
-        if (b == current)
-            return false;
-        const SortKey &x = m_keys[a];
-        const SortKey &y = m_keys[b];
-        if (!x.hasName || !y.hasName)
-            return false;
-        if (x.head != y.head)
-            return x.head < y.head;
-        if (x.tail != y.tail)
-            return x.tail < y.tail;
-        if (x.name.constData() == y.name.constData() && x.name.size() == y.name.size())
-            return false;
-        return QString::compare(x.name, y.name, Qt::CaseSensitive) < 0;
-    };
     struct Place
     {
+        quint64 label;
         quint32 slot;
         quint32 place;
     };
     const qsizetype n = m_items.size();
     std::vector<Place> order(static_cast<std::size_t>(n));
-    for (qsizetype i = 0; i < n; ++i)
-        order[std::size_t(i)] = {m_slots[std::size_t(i)], quint32(i)};
-    safeStableSort(order.begin(), order.end(),
-                   [&less](const Place &a, const Place &b) { return less(a.slot, b.slot); });
+    for (qsizetype i = 0; i < n; ++i) {
+        const quint32 slot = m_slots[std::size_t(i)];
+        order[std::size_t(i)] = {m_keys[slot].label, slot, quint32(i)};
+    }
+    safeStableSort(order.begin(), order.end(), [current](const Place &a, const Place &b) {
+        if (a.slot == current)
+            return true;
+        if (b.slot == current)
+            return false;
+        // A hidden network (label 0) compares equal to anything.
+        return a.label != 0 && b.label != 0 && a.label < b.label;
+    });
     QList<NetworkObjectRef> sorted;
     sorted.reserve(m_items.capacity());
     std::vector<quint32> slots;

@@ -5,9 +5,9 @@
 
 #include <QHash>
 #include <QList>
-#include <QSet>
 #include <QString>
 
+#include <map>
 #include <vector>
 
 // The controller's list of records, one per BSSID, in display order. It only grows.
@@ -69,16 +69,25 @@ public:
                                  const std::optional<QString> &currentBssid);
 
 private:
-    // A record's name as the sort reads it: the first eight UTF-16 units packed so that
-    // most comparisons need no look at the text, and the text itself shared between equal
-    // names so that comparing those is a pointer test.
+    // Every name seen, in the display order's own comparison, each with a number that
+    // orders the names as the texts do: the sort compares numbers, never texts. Numbers
+    // are handed out with room between them and spread out again when a gap runs out.
+    struct NameOrder
+    {
+        bool operator()(const QString &a, const QString &b) const
+        {
+            return QString::compare(a, b, Qt::CaseSensitive) < 0;
+        }
+    };
+    using NameLabels = std::map<QString, quint64, NameOrder>;
+    // A record's name as the sort reads it: its label (0: no name) and where it came from.
     struct SortKey
     {
-        quint64 head = 0;
-        quint64 tail = 0;
-        QString name;
-        bool hasName = false;
+        quint64 label = 0;
+        const NameLabels::value_type *name = nullptr;
     };
+    const NameLabels::value_type *labelName(const QString &name);
+    void spreadLabels();
     bool refreshKey(quint32 slot);
     quint32 currentSlot(const std::optional<QString> &currentBssid) const;
     void sortByKeys(quint32 current);
@@ -88,10 +97,10 @@ private:
     std::vector<SortKey> m_keys;             // by slot
     std::vector<NetworkObjectRef> m_records; // by slot
     std::vector<quint32> m_changed;          // slots to re-read at the next sort
-    QSet<QString> m_names;                   // one copy of each name seen
-    QHash<QString, quint32> m_byBssid;       // slot of the first record per BSSID, in list order
-    quint32 m_sortedCurrent = kNoSlot;       // the slot first by the last sort
-    bool m_sorted = true;                    // nothing appended since the last sort
-    bool m_refreshAll = false;               // a key may have changed unnoticed
+    NameLabels m_labels;
+    QHash<QString, quint32> m_byBssid; // slot of the first record per BSSID, in list order
+    quint32 m_sortedCurrent = kNoSlot; // the slot first by the last sort
+    bool m_sorted = true;              // nothing appended since the last sort
+    bool m_refreshAll = false;         // a key may have changed unnoticed
     bool m_hasDuplicateBssids = false;
 };

@@ -171,3 +171,17 @@ TEST(NetworkList, SortingOnlyTheChangedRecordsGivesTheFullSortsOrder)
         ASSERT_EQ(changed.items(), full.items()) << "round " << round;
     }
 }
+
+// Names arriving smallest first use up the room between their labels, which are then spread
+// out again; the order stays the texts' order throughout.
+TEST(NetworkList, NamesArrivingInReverseOrderStillSortByText)
+{
+    NetworkList list;
+    for (int i = 99; i >= 0; --i) {
+        list.append(record(QStringLiteral("00:00:00:00:%1").arg(i, 5, 16, QLatin1Char('0')),
+                           "n" + QByteArray::number(i).rightJustified(3, '0')));
+        list.sortChangedForDisplay(std::nullopt);
+        for (qsizetype k = 1; k < list.count(); ++k)
+            ASSERT_LT(*list.at(k - 1)->name(), *list.at(k)->name()) << "after " << 100 - i;
+    }
+}
