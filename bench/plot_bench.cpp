@@ -149,6 +149,39 @@ void BM_SignalPlotPaint(benchmark::State &state)
 }
 BENCHMARK(BM_SignalPlotPaint)->Arg(0)->Arg(10)->Arg(50)->Arg(200)->Unit(benchmark::kMillisecond);
 
+// What the all-networks plot costs per update: one more sample for every network, the
+// series chosen again and fed, then the plot drawn.
+void BM_SignalPlotUpdatePaint(benchmark::State &state)
+{
+    ensureApplication();
+    const int count = int(state.range(0));
+    BenchDelegate delegate(count, NetworkObject::kHistoryCapacity, count);
+    PlotView host;
+    host.setIdentifier(QStringLiteral("signal"));
+    host.resize(kSize);
+    RealTimePlot plot;
+    plot.setDelegate(&delegate);
+    plot.render(QList<QVariantMap>(), &host, nullptr, false);
+    QCoreApplication::sendPostedEvents();
+    QImage image(host.size(), QImage::Format_ARGB32_Premultiplied);
+    int cycle = 0;
+    for (auto _ : state) {
+        state.PauseTiming();
+        delegate.advance(cycle++);
+        state.ResumeTiming();
+        plot.updateSignalPlot();
+        for (const NetworkObjectRef &network : delegate.networks())
+            plot.setData(network->signals(), network->bssid());
+        QCoreApplication::sendPostedEvents();
+        QPainter painter(&image);
+        painter.setRenderHint(QPainter::Antialiasing);
+        host.render(&painter);
+        painter.end();
+        benchmark::DoNotOptimize(image.constBits());
+    }
+}
+BENCHMARK(BM_SignalPlotUpdatePaint)->Arg(200)->Unit(benchmark::kMillisecond);
+
 // One working cycle's plot work: choose the series, then feed every record.
 void BM_PlotCycle(benchmark::State &state)
 {

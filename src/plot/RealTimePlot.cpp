@@ -4,6 +4,7 @@
 #include "plot/GraphFrame.h"
 #include "plot/PlotDelegate.h"
 #include "plot/PlotLegend.h"
+#include "plot/PlotLinesItem.h"
 #include "plot/PlotSeries.h"
 #include "plot/PlotTheme.h"
 #include "util/Clock.h"
@@ -54,6 +55,13 @@ struct RealTimePlot::Graph
     std::vector<std::unique_ptr<PlotSeries>> plots; // graph order
     QHash<QString, PlotSeries *> firstById;         // the first plot of each identifier
     QPointer<PlotLegend> legend;
+    PlotLinesItem *lines = nullptr; // a child of the chart
+
+    void linesChanged()
+    {
+        if (chart && lines)
+            lines->invalidate();
+    }
 
     void rebuildIndex()
     {
@@ -66,7 +74,9 @@ struct RealTimePlot::Graph
 
     ~Graph()
     {
-        plots.clear(); // takes the segments out of the chart first
+        if (chart && lines)
+            lines->setPlots(nullptr);
+        plots.clear();
     }
 };
 
@@ -183,6 +193,8 @@ void RealTimePlot::renderInLayer(const std::optional<QList<QVariantMap>> &series
     const qint64 n = m_delegate ? m_delegate->numberOfDatas() : 0;
     m_graph->axes->setXRange(0.0, double(n - 1));
     m_graph->axes->setYRange(0.0, 1.0);
+    m_graph->lines = new PlotLinesItem(chart, m_graph->axes->xAxis(), m_graph->axes->yAxis());
+    m_graph->lines->setPlots(&m_graph->plots);
 
     if (series) {
         for (const QVariantMap &entry : *series) {
@@ -230,10 +242,10 @@ void RealTimePlot::renderInLayer(const std::optional<QList<QVariantMap>> &series
 
 PlotSeries *RealTimePlot::addPlot(const QString &identifier, const QString &title, const QPen &pen)
 {
-    auto plot = std::make_unique<PlotSeries>(m_graph->chart, identifier, title, pen,
-                                             m_graph->axes->seriesAxes());
+    auto plot = std::make_unique<PlotSeries>(identifier, title, pen);
     PlotSeries *raw = plot.get();
     m_graph->plots.push_back(std::move(plot));
+    m_graph->linesChanged();
     if (!m_graph->firstById.contains(identifier))
         m_graph->firstById.insert(identifier, raw);
     return raw;
@@ -310,7 +322,8 @@ void RealTimePlot::showData(PlotSeries *plot)
             points.append(QPointF(double(record), y ? *y : qQNaN()));
         }
     }
-    plot->setPoints(points);
+    if (plot->setPoints(points) && m_graph)
+        m_graph->linesChanged();
 }
 
 void RealTimePlot::reloadData()
@@ -421,7 +434,8 @@ void RealTimePlot::updateSignalPlot()
         setData(network->signals(), bssid);
         entries.append({plot->title(), plot->pen()});
     }
-    aside.clear(); // networks not chosen again leave the chart here
+    aside.clear();           // networks not chosen again leave the chart here
+    m_graph->linesChanged(); // the order, the pens or the set of lines may have changed
 
     if (m_graph->legend)
         m_graph->legend->setEntries(entries);

@@ -135,16 +135,6 @@ RealTimePlotAxes::RealTimePlotAxes(QChart *graph, Variant variant)
     applyY();
 }
 
-QList<QAbstractAxis *> RealTimePlotAxes::seriesAxes() const
-{
-    QList<QAbstractAxis *> axes;
-    if (m_xAxis)
-        axes.append(m_xAxis);
-    if (m_yAxis)
-        axes.append(m_yAxis);
-    return axes;
-}
-
 void RealTimePlotAxes::setXRange(double location, double length)
 {
     const auto range = normalised(location, length);

@@ -10,7 +10,6 @@
 #include <functional>
 #include <utility>
 
-class QAbstractAxis;
 class QChart;
 
 // The axes of a signal plot and its plot space (the x and y ranges).
@@ -37,9 +36,6 @@ public:
     // Info).
     RealTimePlotAxes(QChart *graph, Variant variant);
     Q_DISABLE_COPY_MOVE(RealTimePlotAxes)
-
-    // The axes a series is attached to.
-    QList<QAbstractAxis *> seriesAxes() const;
 
     // Ranges as the plotting convention gives them: a location and a length.
     void setXRange(double location, double length);
