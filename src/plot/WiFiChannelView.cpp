@@ -6,6 +6,10 @@
 #include <QFontMetricsF>
 #include <QPainter>
 #include <QPainterPath>
+#include <QSet>
+
+#include <algorithm>
+#include <cmath>
 
 namespace {
 
@@ -38,6 +42,30 @@ QList<WiFiChannelLayout::Outline> WiFiChannelView::layout() const
     return WiFiChannelLayout::layout(
         QRectF(rect()), band(), delegate()->networks(),
         [&metrics](const QString &text) { return metrics.horizontalAdvance(text); });
+}
+
+QList<bool> WiFiChannelView::uncovered(const NetworkList &networks, const QRectF &bounds) const
+{
+    // A city survey puts thousands of networks on one channel, many at the same level: the
+    // outline of one is then drawn exactly over by a later one with an opaque colour (and
+    // its name mostly so). Only the uppermost of each is drawn.
+    QList<bool> shown(networks.size(), false);
+    const double height = WiFiChannelLayout::plotRect(bounds).height() * devicePixelRatioF();
+    QSet<std::pair<qint64, qint64>> taken;
+    for (qsizetype i = networks.size() - 1; i >= 0; --i) {
+        const NetworkObjectRef &network = networks.at(i);
+        if (!network || !WiFiChannelLayout::isDrawn(*network))
+            continue;
+        const double top = network->signal() * height;
+        const std::pair<qint64, qint64> place(
+            network->channel(), std::isfinite(top) ? std::llround(std::clamp(top, -1e9, 1e9)) : 0);
+        if (taken.contains(place))
+            continue;
+        shown[i] = true;
+        if (network->color().alpha() == 255)
+            taken.insert(place);
+    }
+    return shown;
 }
 
 void WiFiChannelView::drawRect(QPainter &painter)
@@ -93,12 +121,24 @@ void WiFiChannelView::drawRect(QPainter &painter)
     // that shows but doubles the cost with a thousand networks.
     painter.setRenderHint(QPainter::Antialiasing, false);
     TextAttributes nameAttributes(font, QColor());
-    for (const WiFiChannelLayout::Outline &outline : layout()) {
-        const QColor color = outline.network->color();
+    static const NetworkList kNone;
+    const NetworkList &networks = delegate() ? delegate()->networks() : kNone;
+    const QList<bool> shown = uncovered(networks, bounds);
+    reserveTextCache(shown.count(true));
+    for (qsizetype i = 0; i < networks.size(); ++i) {
+        if (!shown.at(i))
+            continue;
+        const NetworkObjectRef &network = networks.at(i);
+        const QColor color = network->color();
+        const double signal = network->signal();
+        const QString label = displayText(network->name());
         painter.setPen(QPen(color, 1.0));
-        painter.drawPolyline(outline.points);
+        painter.drawPolyline(WiFiChannelLayout::outline(bounds, band, network->channel(), signal));
         nameAttributes.color = color;
-        drawTextUpright(painter, outline.labelOrigin, outline.label, nameAttributes);
+        drawTextUpright(painter,
+                        WiFiChannelLayout::labelOrigin(bounds, band, network->channel(), signal,
+                                                       textWidth(label, font)),
+                        label, nameAttributes);
     }
     painter.restore();
 }

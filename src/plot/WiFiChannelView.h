@@ -22,4 +22,6 @@ public:
 
 private:
     static QFont labelFont();
+    // Which of `networks` are drawn: those of the band not hidden under a later one.
+    QList<bool> uncovered(const NetworkList &networks, const QRectF &bounds) const;
 };

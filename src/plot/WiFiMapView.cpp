@@ -22,13 +22,11 @@ std::optional<QString> WiFiMapView::currentBssid() const
     return interface ? interface->bssid() : std::nullopt;
 }
 
-WiFiMapLayout::TextMeasure WiFiMapView::textMeasure() const
+WiFiMapLayout::TextMeasure WiFiMapView::textMeasure()
 {
-    const QFontMetricsF normal(m_textAttr.font);
-    const QFontMetricsF current(m_curTextAttr.font);
-    return [normal, current](const QString &label, bool isCurrent) {
-        const QFontMetricsF &metrics = isCurrent ? current : normal;
-        return QSizeF(metrics.horizontalAdvance(label), metrics.height());
+    return [this](const QString &label, bool isCurrent) {
+        const TextAttributes &attributes = isCurrent ? m_curTextAttr : m_textAttr;
+        return QSizeF(textWidth(label, attributes.font), attributes.height);
     };
 }
 
@@ -81,6 +79,10 @@ void WiFiMapView::drawRect(QPainter &painter)
     if (delegate()) {
         const WiFiMapLayout::Lists lists =
             WiFiMapLayout::ringLists(delegate()->networks(), currentBssid());
+        qsizetype drawn = 0;
+        for (const QList<NetworkObjectRef> &list : lists)
+            drawn += list.size();
+        reserveTextCache(drawn);
         for (int ring = 1; ring <= WiFiMapLayout::kRings; ++ring)
             drawWifi(painter, lists[size_t(ring - 1)], ring, wifiImage(ring));
     }
@@ -92,13 +94,23 @@ void WiFiMapView::drawWifi(QPainter &painter, const QList<NetworkObjectRef> &lis
 {
     const QList<WiFiMapLayout::Placement> placements = WiFiMapLayout::layoutRing(
         list, ring, QRectF(rect()), image.deviceIndependentSize(), currentBssid(), textMeasure());
-    for (const WiFiMapLayout::Placement &placement : placements) {
-        drawImageUpright(painter, placement.point, image);
-        drawTextUpright(painter, QPointF(placement.textRect.x(), placement.textRect.y()),
-                        placement.label, placement.current ? m_curTextAttr : m_textAttr);
-        m_networkLocations.insert(placement.network->bssid(),
-                                  {{kImageRectKey, stringFromRect(placement.imageRect)},
-                                   {kTextRectKey, stringFromRect(placement.textRect)}});
+    // A ring of a city survey holds more networks than it has pixels. One drawn on the same
+    // pixel as the next is covered by it; painting it anyway would only cost time (its
+    // place is recorded all the same).
+    const qreal ratio = devicePixelRatioF();
+    const auto pixel = [ratio](QPointF p) {
+        return std::pair(std::lround(p.x() * ratio), std::lround(p.y() * ratio));
+    };
+    for (qsizetype k = 0; k < placements.size(); ++k) {
+        const WiFiMapLayout::Placement &placement = placements.at(k);
+        const bool covered = k + 1 < placements.size() &&
+                             pixel(placements.at(k + 1).point) == pixel(placement.point);
+        if (!covered) {
+            drawImageUpright(painter, placement.point, image);
+            drawTextUpright(painter, QPointF(placement.textRect.x(), placement.textRect.y()),
+                            placement.label, placement.current ? m_curTextAttr : m_textAttr);
+        }
+        m_locations.insert(placement.network->bssid(), {placement.imageRect, placement.textRect});
     }
 }
 
@@ -116,14 +128,24 @@ NetworkObjectRef WiFiMapView::networkAtPoint(QPointF point) const
     for (const NetworkObjectRef &network : delegate()->networks()) {
         if (!network)
             continue;
-        const auto found = m_networkLocations.constFind(network->bssid());
-        if (found == m_networkLocations.cend())
+        const auto found = m_locations.constFind(network->bssid());
+        if (found == m_locations.cend())
             continue;
-        if (pointInRect(point, rectFromString(found->value(kImageRectKey))) ||
-            pointInRect(point, rectFromString(found->value(kTextRectKey))))
+        if (pointInRect(point, found->image) || pointInRect(point, found->text))
             return network;
     }
     return nullptr;
+}
+
+WiFiMapView::Locations WiFiMapView::networkLocations() const
+{
+    Locations locations;
+    locations.reserve(m_locations.size());
+    for (auto it = m_locations.cbegin(); it != m_locations.cend(); ++it) {
+        locations.insert(it.key(), {{kImageRectKey, stringFromRect(it->image)},
+                                    {kTextRectKey, stringFromRect(it->text)}});
+    }
+    return locations;
 }
 
 QString WiFiMapView::stringFromRect(const QRectF &rect)
@@ -155,6 +177,10 @@ QRectF WiFiMapView::rectFromString(const QString &text)
 
 bool WiFiMapView::pointInRect(QPointF point, const QRectF &rect)
 {
+    // A rectangle that cannot be written down as numbers holds no point.
+    if (!std::isfinite(rect.x()) || !std::isfinite(rect.y()) || !std::isfinite(rect.width()) ||
+        !std::isfinite(rect.height()))
+        return false;
     return rect.width() > 0.0 && rect.height() > 0.0 && point.x() >= rect.x() &&
            point.x() < rect.x() + rect.width() && point.y() >= rect.y() &&
            point.y() < rect.y() + rect.height();

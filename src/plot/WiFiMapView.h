@@ -37,7 +37,8 @@ public:
     // list whose last icon, or else label, rectangle holds the point.
     NetworkObjectRef networkAtPoint(QPointF point) const;
 
-    const Locations &networkLocations() const { return m_networkLocations; }
+    // Where each network was last drawn, in the textual form the places are known by.
+    Locations networkLocations() const;
 
     // Rectangles as text, "{{x, y}, {w, h}}", and back (a zero rectangle for garbage).
     static QString stringFromRect(const QRectF &rect);
@@ -46,8 +47,15 @@ public:
     static bool pointInRect(QPointF point, const QRectF &rect);
 
 private:
+    struct Location
+    {
+        QRectF image;
+        QRectF text;
+    };
     std::optional<QString> currentBssid() const;
-    WiFiMapLayout::TextMeasure textMeasure() const;
+    WiFiMapLayout::TextMeasure textMeasure();
 
-    Locations m_networkLocations;
+    // Kept as rectangles: a survey of a city records a hundred thousand places per
+    // drawing, and printing each as text would cost more than drawing it.
+    QHash<QString, Location> m_locations;
 };

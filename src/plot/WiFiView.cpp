@@ -8,7 +8,8 @@
 
 namespace {
 
-// Far more names than any air holds; past it the cache starts over.
+// More names than the air holds in most places; past the limit the caches start over. A
+// city survey raises it to what one drawing shows.
 constexpr qsizetype kTextCacheLimit = 8192;
 
 } // namespace
@@ -21,7 +22,7 @@ WiFiView::TextAttributes::TextAttributes(const QFont &font, const QColor &color)
     height = metrics.height();
 }
 
-WiFiView::WiFiView(QWidget *parent) : QWidget(parent)
+WiFiView::WiFiView(QWidget *parent) : QWidget(parent), m_textCacheLimit(kTextCacheLimit)
 {
     // The view paints every pixel itself.
     setAttribute(Qt::WA_OpaquePaintEvent);
@@ -99,6 +100,23 @@ void WiFiView::initImagesIfNeeded()
     m_curTextAttr = TextAttributes(systemFont(11), QColor::fromRgbF(0.3f, 0.6f, 0.9f, 1.0f));
 }
 
+double WiFiView::textWidth(const QString &text, const QFont &font)
+{
+    if (font != m_widthCacheFont || m_widthCache.size() > m_textCacheLimit) {
+        m_widthCache.clear();
+        m_widthCacheFont = font;
+    }
+    auto cached = m_widthCache.constFind(text);
+    if (cached == m_widthCache.cend())
+        cached = m_widthCache.insert(text, QFontMetricsF(font).horizontalAdvance(text));
+    return *cached;
+}
+
+void WiFiView::reserveTextCache(qsizetype labels)
+{
+    m_textCacheLimit = std::max(kTextCacheLimit, labels + labels / 2);
+}
+
 void WiFiView::paintEvent(QPaintEvent *)
 {
     QPainter painter(this);
@@ -135,7 +153,7 @@ void WiFiView::drawTextUpright(QPainter &painter, QPointF lowerLeft, const QStri
         painter.setFont(attributes.font);
     if (painter.pen().color() != attributes.color || painter.pen().widthF() != 1.0)
         painter.setPen(QPen(attributes.color, 1.0));
-    if (attributes.font != m_textCacheFont || m_textCache.size() > kTextCacheLimit) {
+    if (attributes.font != m_textCacheFont || m_textCache.size() > m_textCacheLimit) {
         m_textCache.clear();
         m_textCacheFont = attributes.font;
     }

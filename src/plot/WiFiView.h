@@ -69,6 +69,12 @@ public:
 protected:
     void paintEvent(QPaintEvent *event) override;
 
+    // The width of `text` in `font`, remembered: the same names are measured on every
+    // drawing, by the thousand.
+    double textWidth(const QString &text, const QFont &font);
+    // Keeps room in the label caches for `labels` labels per drawing.
+    void reserveTextCache(qsizetype labels);
+
     // Flips `painter` so that y grows upwards from the widget's lower edge.
     void flipToYUp(QPainter &painter) const;
     // In a y-up painter: draws upright with the lower-left corner at `lowerLeft`.
@@ -94,6 +100,9 @@ private:
     // every redraw is most of the cost of text. One font is used for all labels.
     QHash<QString, QStaticText> m_textCache;
     QFont m_textCacheFont;
+    QHash<QString, double> m_widthCache;
+    QFont m_widthCacheFont;
+    qsizetype m_textCacheLimit;
     PlotDelegate *m_delegate = nullptr;
     QString m_identifier;
 };
