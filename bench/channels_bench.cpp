@@ -13,23 +13,11 @@
 #include <QApplication>
 #include <QPainter>
 
+#include "BenchApplication.h"
+
 #include <benchmark/benchmark.h>
 
 namespace {
-
-void ensureApplication()
-{
-    // Never destroyed: tearing a QApplication down during static destruction crashes.
-    static QApplication *app = nullptr;
-    if (app)
-        return;
-    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-    static int argc = 1;
-    static char name[] = "bench_channels";
-    static char *argv[] = {name, nullptr};
-    app = new QApplication(argc, argv);
-}
 
 // `count` records made from scan results: half on 2.4 GHz, most others on 5 GHz in every
 // width, a tenth on 6 GHz up to 320 MHz; signals from -90 to -30 dBm.

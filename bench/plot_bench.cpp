@@ -14,6 +14,8 @@
 #include <QApplication>
 #include <QPainter>
 
+#include "BenchApplication.h"
+
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
@@ -22,21 +24,6 @@
 namespace {
 
 constexpr QSize kSize(1280, 800);
-
-// One application for the whole run. It is never destroyed: tearing a QApplication down
-// during static destruction crashes.
-void ensureApplication()
-{
-    static QApplication *app = nullptr;
-    if (app)
-        return;
-    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-    static int argc = 1;
-    static char name[] = "bench_plot";
-    static char *argv[] = {name, nullptr};
-    app = new QApplication(argc, argv);
-}
 
 // `count` records with full histories, on 2.4 GHz channels, levels spread over all rings.
 class BenchDelegate : public PlotDelegate

@@ -17,6 +17,8 @@
 #include <QSettings>
 #include <QTemporaryDir>
 
+#include "BenchApplication.h"
+
 #include <benchmark/benchmark.h>
 
 namespace {
@@ -42,20 +44,6 @@ std::shared_ptr<FakeBackend> cityBackend(int total)
     auto backend = std::make_shared<FakeBackend>();
     backend->scanner = [all](CWError *) mutable { return std::exchange(all, {}); };
     return backend;
-}
-
-void ensureApplication()
-{
-    // Never destroyed: tearing a QApplication down during static destruction crashes.
-    static QApplication *app = nullptr;
-    if (app)
-        return;
-    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-    static int argc = 1;
-    static char name[] = "bench_table";
-    static char *argv[] = {name, nullptr};
-    app = new QApplication(argc, argv);
 }
 
 void BM_TableScrollPage(benchmark::State &state)
