@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "support/ElementText.h"
+#include "support/ReferenceRows.h"
 #include "wireless/capture/LinkLayer.h"
 #include "wireless/capture/ManagementFrame.h"
 
@@ -69,51 +70,35 @@ QByteArray ppiHeader(int inner, bool fcs)
 const QByteArray kPayload = ElementText::fromHex("80000000 ffffffffffff 0211223344 55");
 } // namespace
 
-TEST(LinkLayer, RadiotapHeaders)
+// Radiotap headers and 802.11 management frames, hand-made and damaged (data/radiotap.tsv,
+// data/frames.tsv).
+TEST(LinkLayer, RadiotapHeadersAndManagementFrames)
 {
-    const struct
-    {
-        const char *name;
-        const char *hex;
-        std::size_t offset; // 0: rejected
-        std::size_t length;
-        int frequency;
-        std::optional<int> signal;
-        std::optional<int> noise;
-    } rows[] = {
-        {"flags channel signal noise with fcs",
-         "00 00 1000 6a000000 10 00 8509 a000 c4 a2 0102030405060708", 16, 4, 2437, -60, -94},
-        {"extended bitmap", "00 00 0d00 20000080 00000000 ba 0102", 13, 2, 0, -70, std::nullopt},
-        {"vendor namespace skipped",
-         "00 00 1b00 200000c0 010000a0 40000000 c4 00 001122 01 0200 eeee a2 01", 27, 1, 0, -60,
-         -94},
-        {"unknown field stops the walk", "00 00 1000 20000010 c4 00000000000000 0102", 16, 2, 0,
-         -60, std::nullopt},
-        {"xchannel", "00 00 1000 00000400 00000000 3c14 24 00 0102", 16, 2, 5180, std::nullopt,
-         std::nullopt},
-        // Field 9 (two bytes, aligned to two) sits between noise and xchannel.
-        {"aligned fields before xchannel",
-         "00 00 1400 60020400 c4 a2 0000 00000000 3c14 24 00 0102", 20, 2, 5180, -60, -94},
-        {"two present words and nothing else", "00 00 0c00 00000080 00000000 0102", 12, 2, 0,
-         std::nullopt, std::nullopt},
-        {"header longer than the packet", "00 00 4000 00000000 0102", 0, 0, 0, {}, {}},
-        {"header length below 8", "00 00 0400 00000000", 0, 0, 0, {}, {}},
-        {"version 1", "01 00 0800 00000000", 0, 0, 0, {}, {}},
-        {"too short", "00 00 08", 0, 0, 0, {}, {}},
-        {"endless extension bits", "00 00 1000 00000080 00000080 00000080", 0, 0, 0, {}, {}},
-    };
-    for (const auto &row : rows) {
-        SCOPED_TRACE(row.name);
-        const QByteArray packet = ElementText::fromHex(row.hex);
+    for (const ReferenceRows::Row &row : ReferenceRows::table("radiotap")) {
+        SCOPED_TRACE(row["name"].toStdString());
+        const QByteArray packet = ElementText::fromHex(qPrintable(row["hex"]));
         const auto f = LinkLayer::strip(LinkLayer::kRadiotap, bytes(packet), packet.size());
-        ASSERT_EQ(f.has_value(), row.offset != 0);
-        if (!f)
-            continue;
-        EXPECT_EQ(f->data - bytes(packet), std::ptrdiff_t(row.offset));
-        EXPECT_EQ(f->length, row.length);
-        EXPECT_EQ(f->frequencyMHz, row.frequency);
-        EXPECT_EQ(f->signalDbm, row.signal);
-        EXPECT_EQ(f->noiseDbm, row.noise);
+        ASSERT_EQ(f.has_value(), row.number("offset") != 0);
+        if (f) {
+            EXPECT_EQ(std::tuple(f->data - bytes(packet), f->length, f->frequencyMHz, f->signalDbm,
+                                 f->noiseDbm),
+                      std::tuple(std::ptrdiff_t(row.number("offset")),
+                                 std::size_t(row.number("length")), row.number("frequency"),
+                                 row.optional("signal"), row.optional("noise")));
+        }
+    }
+    for (const ReferenceRows::Row &row : ReferenceRows::table("frames")) {
+        SCOPED_TRACE(row["name"].toStdString());
+        const QByteArray frame = ElementText::fromHex(qPrintable(row["hex"]));
+        const auto f = ManagementFrame::parse(bytes(frame), frame.size());
+        ASSERT_EQ(f.has_value(), row["ok"] == u"1");
+        if (f) {
+            EXPECT_EQ(std::tuple(f->subtype, f->bssid, f->timestamp, f->beaconInterval,
+                                 f->capability, f->elementsLength),
+                      std::tuple(row.number("subtype"), ElementText::fromHex("02aabbccdd01"),
+                                 0x0807060504030201u, 100, 0x0411,
+                                 std::size_t(row.number("elements"))));
+        }
     }
 }
 
@@ -169,45 +154,4 @@ TEST(LinkLayer, PrismAvsPpiAndPlain)
     ASSERT_TRUE(plain);
     EXPECT_EQ(plain->length, std::size_t(kPayload.size()));
     EXPECT_FALSE(LinkLayer::strip(1, bytes(kPayload), kPayload.size())); // Ethernet
-}
-
-TEST(ManagementFrame, OnlyWholeBeaconsAndProbeResponses)
-{
-    const QByteArray fixed = ElementText::fromHex("0102030405060708 6400 1104");
-    const QByteArray addresses =
-        ElementText::fromHex("ffffffffffff 02aabbccdd01 02aabbccdd01 1000");
-    const struct
-    {
-        const char *name;
-        QByteArray frame;
-        bool ok;
-        int subtype;
-        std::size_t elements;
-    } rows[] = {
-        {"beacon",
-         ElementText::fromHex("8000 0000") + addresses + fixed + ElementText::fromHex("000158"),
-         true, ManagementFrame::kBeacon, 3},
-        {"probe response with HT control",
-         ElementText::fromHex("5080 0000") + addresses + "HTC!" + fixed, true,
-         ManagementFrame::kProbeResponse, 0},
-        {"probe request", ElementText::fromHex("4000 0000") + addresses + fixed, false, 0, 0},
-        {"data frame", ElementText::fromHex("0800 0000") + addresses + fixed, false, 0, 0},
-        {"protected", ElementText::fromHex("8040 0000") + addresses + fixed, false, 0, 0},
-        {"fixed fields cut", ElementText::fromHex("8000 0000") + addresses + fixed.left(11), false,
-         0, 0},
-        {"version 1", ElementText::fromHex("8100 0000") + addresses + fixed, false, 0, 0},
-    };
-    for (const auto &row : rows) {
-        SCOPED_TRACE(row.name);
-        const auto f = ManagementFrame::parse(bytes(row.frame), row.frame.size());
-        ASSERT_EQ(f.has_value(), row.ok);
-        if (!f)
-            continue;
-        EXPECT_EQ(f->subtype, row.subtype);
-        EXPECT_EQ(f->bssid, ElementText::fromHex("02aabbccdd01"));
-        EXPECT_EQ(f->timestamp, 0x0807060504030201u);
-        EXPECT_EQ(f->beaconInterval, 100);
-        EXPECT_EQ(f->capability, 0x0411);
-        EXPECT_EQ(f->elementsLength, row.elements);
-    }
 }

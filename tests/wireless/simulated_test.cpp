@@ -80,12 +80,11 @@ protected:
 
 } // namespace
 
+// Every security code of the boundary appears with the securityMode that belongs to it, and
+// channel numbers and bands agree; the interface starts joined to a network a scan reports.
 TEST_F(SimulatedRadio, DefaultScenarioCoversTheBoundary)
 {
     const QList<CWNetworkRef> list = all();
-    EXPECT_GE(list.size(), 28);
-    EXPECT_LE(list.size(), 36);
-    // Every security code of the boundary, each with the securityMode that belongs to it.
     const std::map<int, int> modeOf = {{0, 0}, {1, 1}, {2, 2}, {3, 3}, {4, 3},
                                        {6, 4}, {7, 5}, {8, 6}, {9, 6}};
     for (const auto &[code, mode] : modeOf) {
@@ -100,58 +99,23 @@ TEST_F(SimulatedRadio, DefaultScenarioCoversTheBoundary)
         }
         EXPECT_TRUE(seen) << "security code " << code;
     }
-    std::set<qint64> channels;
-    std::set<QString> names;
-    std::set<unsigned> phySets;
-    int hidden = 0, adHoc = 0, wide40 = 0, vht80 = 0, sharedNames = 0, nonAscii = 0;
     for (const auto &n : list) {
-        EXPECT_EQ(n->bssid(), n->bssid().toLower());
         const CWChannel c = n->wlanChannel();
-        channels.insert(c.channelNumber());
         // 6 GHz channel numbers overlap both other bands; only the scenario can tell.
         if (c.channelBand() != kCWChannelBand6GHz) {
             EXPECT_EQ(c.channelBand(),
                       c.channelNumber() <= 14 ? kCWChannelBand2GHz : kCWChannelBand5GHz);
         }
-        hidden += !n->ssid().has_value();
-        adHoc += n->ibss();
-        wide40 += c.channelWidth() == kCWChannelWidth40MHz;
-        vht80 += c.channelWidth() == kCWChannelWidth80MHz && n->supportsPHYMode(kCWPHYMode11a);
-        phySets.insert(n->data().phyModes);
-        if (n->ssid()) {
-            sharedNames += !names.insert(*n->ssid()).second;
-            nonAscii += n->ssidData() != n->ssid()->toLatin1();
-        }
     }
-    EXPECT_EQ(hidden, 1);
-    EXPECT_EQ(adHoc, 1);
-    EXPECT_GE(std::min({wide40, vht80, nonAscii}), 2);
-    EXPECT_GE(sharedNames, 1);
-    EXPECT_GE(phySets.size(), 5u); // a, b, b/g, b/g/n, a/n at least
-    for (qint64 c : {1, 3, 6, 9, 11, 13, 36, 52, 100, 149, 165})
-        EXPECT_TRUE(channels.count(c)) << "channel " << c;
-    EXPECT_EQ(sim->interfaceNames().value(0), kIf);
-    EXPECT_EQ(sim->allUser8021XProfiles().size(), 2);
-}
-
-TEST_F(SimulatedRadio, InterfaceStartsJoinedAndFollowsItsNetwork)
-{
     at(17.0);
-    EXPECT_TRUE(sim->powerOn(kIf));
-    EXPECT_EQ(sim->ssid(kIf), QStringLiteral("Flat 12 Home"));
-    EXPECT_EQ(sim->bssid(kIf), kHome5);
-    EXPECT_EQ(sim->interfaceState(kIf), kCWInterfaceStateRunning);
-    EXPECT_EQ(sim->countryCode(kIf), QStringLiteral("DE"));
-    EXPECT_EQ(sim->transmitPower(kIf), 31);
-    EXPECT_EQ(sim->security(kIf), kCWSecurityWPA2Personal);
-    EXPECT_EQ(sim->wlanChannel(kIf), CWChannel(36, kCWChannelBand5GHz, kCWChannelWidth80MHz));
-    const QList<qint64> channels = sim->supportedChannels(kIf);
-    EXPECT_FALSE(std::is_sorted(channels.begin(), channels.end())); // the platform's order
-    EXPECT_TRUE(channels.contains(1) && channels.contains(165));
+    EXPECT_EQ(std::tuple(sim->ssid(kIf), sim->bssid(kIf), sim->interfaceState(kIf)),
+              std::tuple(std::optional(QStringLiteral("Flat 12 Home")), std::optional(kHome5),
+                         std::optional<int>(kCWInterfaceStateRunning)));
     const CWNetworkRef home = find(scan(), kHome5);
     ASSERT_TRUE(home);
-    EXPECT_EQ(sim->rssiValue(kIf), home->rssiValue());
-    EXPECT_EQ(sim->noiseMeasurement(kIf), home->noiseMeasurement());
+    EXPECT_EQ(sim->wlanChannel(kIf), home->wlanChannel());
+    EXPECT_EQ(std::pair(sim->rssiValue(kIf), sim->noiseMeasurement(kIf)),
+              std::pair(home->rssiValue(), home->noiseMeasurement()));
     EXPECT_GT(sim->transmitRate(kIf), 6.0);
     EXPECT_LE(sim->transmitRate(kIf), 866.7);
 }

@@ -54,8 +54,6 @@ void TestLinuxNetworkManagerAsync::lateAnswers_data()
 
     const QList<uint> slowOk{2, 1, 0, 600};
     QTest::newRow("join, slow network") << QStringLiteral("join") << 0u << slowOk << QString();
-    QTest::newRow("join, slow daemon")
-        << QStringLiteral("join") << 600u << QList<uint>{2, 1, 0, 700} << QString();
     // The outcome signals come before the reply that names the active connection.
     QTest::newRow("join, joined before the reply")
         << QStringLiteral("join") << 500u << QList<uint>{2, 1, 0, 50} << QString();

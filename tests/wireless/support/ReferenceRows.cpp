@@ -16,17 +16,17 @@ QString dataDir()
     return qEnvironmentVariable("CORVANE_TESTDATA_DIR") + QStringLiteral("/beacons");
 }
 
-std::vector<Row> read()
+std::vector<Row> read(const QString &path)
 {
     std::vector<Row> rows;
-    QFile file(dataDir() + QStringLiteral("/expected.tsv"));
+    QFile file(path.isEmpty() ? dataDir() + QStringLiteral("/expected.tsv") : path);
     if (!file.open(QIODevice::ReadOnly))
         return rows;
     const QStringList header = QString::fromUtf8(file.readLine()).trimmed().split(u'\t');
     while (!file.atEnd()) {
         QString line = QString::fromUtf8(file.readLine());
         line.chop(line.endsWith(u'\n') ? 1 : 0);
-        if (line.isEmpty())
+        if (line.isEmpty() || line.startsWith(u'#'))
             continue;
         const QStringList cells = line.split(u'\t');
         Row row;
@@ -35,6 +35,24 @@ std::vector<Row> read()
         rows.push_back(row);
     }
     return rows;
+}
+
+std::vector<Row> table(const char *name)
+{
+    const QString path = qEnvironmentVariable("CORVANE_SOURCE_DIR") +
+                         QStringLiteral("/tests/wireless/data/") + QLatin1String(name) +
+                         QStringLiteral(".tsv");
+    std::vector<Row> rows = read(path);
+    EXPECT_FALSE(rows.empty()) << "no rows in " << path.toStdString();
+    return rows;
+}
+
+unsigned bits(const QString &list)
+{
+    unsigned out = 0;
+    for (const QString &n : list.split(u',', Qt::SkipEmptyParts))
+        out |= 1u << n.toInt();
+    return out;
 }
 
 int expectedChannel(const Row &row)
