@@ -3,7 +3,6 @@
 // and on into scan results.
 
 #include "wireless/CWTypes.h"
-#include "wireless/linux/LinuxChannelMap.h"
 #include "wireless/linux/LinuxScanResults.h"
 #include "wireless/linux/Nl80211Parser.h"
 
@@ -174,67 +173,33 @@ TEST(LinuxNl80211Parser, StationPrefersTheWideBitrate)
     }
 }
 
-TEST(LinuxNl80211Parser, SurveyInterfaceWiphyAndRegulatoryReplies)
+// The well-formed replies of a real kernel are read in the hwsim VM tests; here the odd ones.
+TEST(LinuxNl80211Parser, IncompleteSurveyInterfaceAndRegulatoryReplies)
 {
-    Message survey(NL80211_CMD_NEW_SURVEY_RESULTS);
-    survey.u32(NL80211_ATTR_IFINDEX, 3).nest(NL80211_ATTR_SURVEY_INFO, [](Message &s) {
-        s.u32(NL80211_SURVEY_INFO_FREQUENCY, 2412)
-            .u8(NL80211_SURVEY_INFO_NOISE, quint8(-92))
-            .flag(NL80211_SURVEY_INFO_IN_USE);
-    });
-    const auto s = Nl80211Parser::parseSurvey(survey.get());
-    ASSERT_TRUE(s);
-    EXPECT_EQ(std::tuple(s->frequency, s->noiseDbm, s->inUse), std::tuple(2412u, -92, true));
     Message noFrequency(NL80211_CMD_NEW_SURVEY_RESULTS);
     noFrequency.nest(NL80211_ATTR_SURVEY_INFO,
                      [](Message &i) { i.u8(NL80211_SURVEY_INFO_NOISE, quint8(-90)); });
     EXPECT_FALSE(Nl80211Parser::parseSurvey(noFrequency.get()));
-
-    Message iface(NL80211_CMD_NEW_INTERFACE);
-    iface.u32(NL80211_ATTR_IFINDEX, 3)
-        .bytes(NL80211_ATTR_IFNAME, QByteArray("wlan0", 6))
-        .u32(NL80211_ATTR_IFTYPE, NL80211_IFTYPE_STATION)
-        .u32(NL80211_ATTR_WIPHY, 1)
-        .bytes(NL80211_ATTR_SSID, QByteArray("home\0net", 8))
-        .u32(NL80211_ATTR_WIPHY_FREQ, 5180)
-        .u32(NL80211_ATTR_CHANNEL_WIDTH, NL80211_CHAN_WIDTH_40)
-        .u32(NL80211_ATTR_WIPHY_TX_POWER_LEVEL, 2000);
-    const auto info = Nl80211Parser::parseInterface(iface.get());
-    ASSERT_TRUE(info);
-    // The SSID as raw bytes, NUL included.
-    EXPECT_EQ(std::tuple(info->ifindex, info->name, info->wiphy, info->ssid, info->txPowerMbm),
-              std::tuple(3, QStringLiteral("wlan0"), 1u, QByteArray("home\0net", 8), 2000));
-    EXPECT_EQ(LinuxChannelMap::channel(info->frequency, info->chanWidth),
-              CWChannel(36, kCWChannelBand5GHz, kCWChannelWidth40MHz));
-    EXPECT_FALSE(LinuxChannelMap::channel(0, std::nullopt));
     // A wireless device without a netdev (P2P device) is no interface of ours.
     Message wdevOnly(NL80211_CMD_NEW_INTERFACE);
     wdevOnly.u32(NL80211_ATTR_IFTYPE, NL80211_IFTYPE_P2P_DEVICE).u32(NL80211_ATTR_WIPHY, 0);
     EXPECT_FALSE(Nl80211Parser::parseInterface(wdevOnly.get()));
-
     Message wiphy(NL80211_CMD_NEW_WIPHY);
     wiphy.u32(NL80211_ATTR_WIPHY, 1).nest(NL80211_ATTR_WIPHY_BANDS, [](Message &bands) {
         bands.nest(NL80211_BAND_2GHZ, [](Message &band) {
             band.nest(NL80211_BAND_ATTR_FREQS, [](Message &freqs) {
-                freqs.nest(0, [](Message &f) { f.u32(NL80211_FREQUENCY_ATTR_FREQ, 2412); });
-                freqs.nest(1, [](Message &f) {
+                freqs.nest(0, [](Message &f) {
                     f.u32(NL80211_FREQUENCY_ATTR_FREQ, 2467).flag(NL80211_FREQUENCY_ATTR_DISABLED);
                 });
-                freqs.nest(2, [](Message &f) { f.flag(NL80211_FREQUENCY_ATTR_DISABLED); });
+                freqs.nest(1, [](Message &f) { f.flag(NL80211_FREQUENCY_ATTR_DISABLED); });
             });
         });
     });
-    EXPECT_EQ(Nl80211Parser::wiphyIndex(wiphy.get()), 1u);
     const auto freqs = Nl80211Parser::parseWiphyFrequencies(wiphy.get());
-    ASSERT_EQ(freqs.size(), 2);
-    EXPECT_EQ(
-        std::tuple(freqs[0].frequency, freqs[0].disabled, freqs[1].frequency, freqs[1].disabled),
-        std::tuple(2412u, false, 2467u, true));
-
-    Message reg(NL80211_CMD_GET_REG), badReg(NL80211_CMD_GET_REG);
-    reg.bytes(NL80211_ATTR_REG_ALPHA2, QByteArray("DE", 3));
+    ASSERT_EQ(freqs.size(), 1);
+    EXPECT_EQ(std::pair(freqs[0].frequency, freqs[0].disabled), std::pair(2467u, true));
+    Message badReg(NL80211_CMD_GET_REG);
     badReg.bytes(NL80211_ATTR_REG_ALPHA2, QByteArray("\n<", 2));
-    EXPECT_EQ(Nl80211Parser::parseRegulatoryCountry(reg.get()), QStringLiteral("DE"));
     EXPECT_EQ(Nl80211Parser::parseRegulatoryCountry(badReg.get()), QString());
 }
 

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "support/CaptureWriter.h"
+// Captures served as scans. The captures are in data/ (make-captures.py writes them): in
+// office.pcap every frame's signal tells which frame it was.
 #include "util/Clock.h"
 #include "wireless/CWTypes.h"
 #include "wireless/capture/CaptureReader.h"
@@ -12,31 +13,14 @@
 
 #include <functional>
 
-#include <pcap/pcap.h>
-
 namespace {
 constexpr qint64 kT0 = 1700000000LL * 1000000; // capture time of the first frame, µs
+const qint64 kFrameUs[] = {0, 500000, 1200000, 1900000, 2100000, 7500000, 7900000};
 
-struct Frame
+QString data(const char *name)
 {
-    double at; // seconds after kT0
-    int bssid;
-    int signal;
-};
-
-// A radiotap capture in which every frame's signal tells which frame it was.
-QString writeCapture(const QTemporaryDir &dir, const std::vector<Frame> &frames)
-{
-    const QString path = dir.filePath(QStringLiteral("office.pcap"));
-    CaptureWriter writer(path, DLT_IEEE802_11_RADIO);
-    EXPECT_TRUE(writer.ok());
-    for (const Frame &f : frames) {
-        CaptureWriter::Beacon b;
-        b.bssid = f.bssid;
-        writer.write(kT0 + qint64(f.at * 1e6),
-                     CaptureWriter::radiotap(2437, f.signal) + CaptureWriter::beacon(b));
-    }
-    return path;
+    return qEnvironmentVariable("CORVANE_SOURCE_DIR") + QStringLiteral("/tests/wireless/data/") +
+           QLatin1String(name);
 }
 
 // "bssid-last-byte@signal" for each network of a scan, in scan order.
@@ -50,11 +34,6 @@ std::vector<std::string> describe(const QList<CWNetworkRef> &scan)
 
 using Scan = std::vector<std::string>;
 
-const std::vector<Frame> kFrames = {
-    {0.0, 1, -41}, {0.5, 2, -52}, {1.2, 1, -43}, {1.9, 3, -63},
-    {2.1, 1, -44}, {7.5, 2, -55}, {7.9, 2, -56},
-};
-
 class ClockScope
 {
 public:
@@ -65,9 +44,8 @@ public:
 
 TEST(ReplayBackend, FullSpeedServesOneWindowPerScan)
 {
-    QTemporaryDir dir;
     QString error;
-    auto replay = ReplayBackend::open(writeCapture(dir, kFrames), 0, &error);
+    auto replay = ReplayBackend::open(data("office.pcap"), 0, &error);
     ASSERT_TRUE(replay) << error.toStdString();
     replay->setScanWindow(2.0);
     int finishedSignals = 0;
@@ -76,12 +54,12 @@ TEST(ReplayBackend, FullSpeedServesOneWindowPerScan)
     const QString name = QStringLiteral("office");
     ASSERT_EQ(replay->interfaceNames(), QStringList{name});
     // The reader hands out each frame's own time stamp, to the microsecond.
-    auto reader = CaptureReader::open(dir.filePath(QStringLiteral("office.pcap")), &error);
+    auto reader = CaptureReader::open(data("office.pcap"), &error);
     ASSERT_TRUE(reader);
     CaptureReader::Frame frame;
-    for (const Frame &f : kFrames) {
+    for (qint64 at : kFrameUs) {
         ASSERT_TRUE(reader->next(&frame));
-        EXPECT_EQ(frame.timeUs, kT0 + qint64(f.at * 1e6));
+        EXPECT_EQ(frame.timeUs, kT0 + at);
     }
     CWError e;
     // [0, 2): the latest frame of each BSSID, in order of first appearance.
@@ -99,7 +77,7 @@ TEST(ReplayBackend, FullSpeedServesOneWindowPerScan)
     EXPECT_EQ(finishedSignals, 1);
 
     // The window may change between scans; a length below zero is ignored.
-    replay = ReplayBackend::open(writeCapture(dir, kFrames), 0, nullptr);
+    replay = ReplayBackend::open(data("office.pcap"), 0, nullptr);
     replay->setScanWindow(1.0);
     EXPECT_EQ(describe(replay->scanForNetworks(name, {}, nullptr)), (Scan{"01@-41", "02@-52"}));
     replay->setScanWindow(5.0);
@@ -114,9 +92,8 @@ TEST(ReplayBackend, RealSpeedFollowsTheClock)
 {
     ManualClock clock(QDateTime::fromMSecsSinceEpoch(1000000));
     ClockScope scope(&clock);
-    QTemporaryDir dir;
     QString error;
-    auto replay = ReplayBackend::open(writeCapture(dir, kFrames), 2.0, &error);
+    auto replay = ReplayBackend::open(data("office.pcap"), 2.0, &error);
     ASSERT_TRUE(replay) << error.toStdString();
     replay->setScanWindow(2.0);
     const QString name = QStringLiteral("office");
@@ -146,18 +123,8 @@ TEST(ReplayBackend, RealSpeedFollowsTheClock)
 
 TEST(ReplayBackend, ReadOnlyRadioNamedAfterTheFile)
 {
-    QTemporaryDir dir;
     // Plain 802.11 has no radio header: signal and noise take the documented defaults.
-    const QString path = dir.filePath(QStringLiteral("lab.capture.pcap"));
-    {
-        CaptureWriter writer(path, DLT_IEEE802_11);
-        CaptureWriter::Beacon b;
-        b.channel = 11;
-        b.privacy = true;
-        b.rsnPsk = true;
-        writer.write(kT0, CaptureWriter::beacon(b));
-    }
-    auto replay = ReplayBackend::open(path, 0, nullptr);
+    auto replay = ReplayBackend::open(data("lab.capture.pcap"), 0, nullptr);
     ASSERT_TRUE(replay);
     const QString name = QStringLiteral("lab.capture");
     EXPECT_EQ(std::tuple(replay->powerOn(name), replay->powerOn(QStringLiteral("wlan0")),
@@ -201,18 +168,7 @@ TEST(ReplayBackend, BadCapturesGiveClearErrors)
         f.write(bytes);
         return path;
     };
-    const QString ethernet = dir.filePath(QStringLiteral("ethernet.pcap"));
-    {
-        CaptureWriter writer(ethernet, DLT_EN10MB);
-        writer.write(kT0, QByteArray(60, '\x01'));
-    }
-    const QString dataOnly = dir.filePath(QStringLiteral("data.pcap"));
-    {
-        CaptureWriter writer(dataOnly, DLT_IEEE802_11);
-        writer.write(kT0, QByteArray::fromHex("08000000") + QByteArray(40, '\0'));
-    }
-    const QString good = writeCapture(dir, kFrames);
-    QFile goodFile(good);
+    QFile goodFile(data("office.pcap"));
     ASSERT_TRUE(goodFile.open(QIODevice::ReadOnly));
     const QByteArray whole = goodFile.readAll();
 
@@ -227,8 +183,8 @@ TEST(ReplayBackend, BadCapturesGiveClearErrors)
         {"empty file", file("empty.pcap", {}), "not a readable capture"},
         {"header only", file("header.pcap", whole.left(24)), "no beacons or probe responses"},
         {"first packet cut", file("cut1.pcap", whole.left(24 + 16 + 10)), "could be read"},
-        {"ethernet", ethernet, "no 802.11 frames"},
-        {"data frames only", dataOnly, "no beacons or probe responses"},
+        {"ethernet", data("ethernet.pcap"), "no 802.11 frames"},
+        {"data frames only", data("data.pcap"), "no beacons or probe responses"},
     };
     for (const auto &row : rows) {
         SCOPED_TRACE(row.name);
@@ -237,11 +193,11 @@ TEST(ReplayBackend, BadCapturesGiveClearErrors)
         EXPECT_TRUE(error.contains(QLatin1String(row.errorPart))) << error.toStdString();
     }
     QString error;
-    EXPECT_FALSE(ReplayBackend::open(good, -1, &error));
+    EXPECT_FALSE(ReplayBackend::open(data("office.pcap"), -1, &error));
     EXPECT_FALSE(error.isEmpty());
 
     // Cut in the middle of the fourth packet: the first three are still served.
-    const qsizetype packet = (whole.size() - 24) / qsizetype(kFrames.size());
+    const qsizetype packet = (whole.size() - 24) / 7;
     auto cut = ReplayBackend::open(file("cut.pcap", whole.left(24 + 3 * packet + 20)), 0, &error);
     ASSERT_TRUE(cut) << error.toStdString();
     cut->setScanWindow(10);
@@ -250,19 +206,7 @@ TEST(ReplayBackend, BadCapturesGiveClearErrors)
     EXPECT_TRUE(cut->finished());
 
     // Broken elements and hostile SSIDs: whatever decodes is served.
-    const QString broken = dir.filePath(QStringLiteral("broken.pcap"));
-    {
-        CaptureWriter writer(broken, DLT_IEEE802_11_RADIO);
-        CaptureWriter::Beacon b;
-        b.ssid = QByteArray("a\tb\n<c>\xff\0", 9);
-        b.extraElements = QByteArray::fromHex("30050100000f"); // RSN cut inside the group suite
-        writer.write(kT0, CaptureWriter::radiotap(5180, -70) + CaptureWriter::beacon(b));
-        b.bssid = 2;
-        b.extraElements = QByteArray::fromHex("3d40"); // runs past the end
-        writer.write(kT0 + 1, CaptureWriter::radiotap(5180, -71) + CaptureWriter::beacon(b));
-        writer.write(kT0 + 2, QByteArray::fromHex("0000")); // a header too short to read
-    }
-    auto replay = ReplayBackend::open(broken, 0, &error);
+    auto replay = ReplayBackend::open(data("broken.pcap"), 0, &error);
     ASSERT_TRUE(replay) << error.toStdString();
     const QList<CWNetworkRef> scan = replay->scanForNetworks(QStringLiteral("broken"), {}, nullptr);
     ASSERT_EQ(scan.size(), 2);

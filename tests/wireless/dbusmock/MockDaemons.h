@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // A private system bus with python-dbusmock's polkit and our NetworkManager template on
-// it, and the program's NetworkManager objects pointed at them: what the Linux backend's
-// QtTest programs share, fixture included. Test programs include it; it may wait in loops
-// of its own.
+// it, and the program's NetworkManager objects pointed at them, for the Linux backend's
+// QtTest program. Only tests include it; it may wait in loops of its own.
 //
 // The long actions answer through completions. start() counts every answer, and the
 // fixture's cleanup reports an action answered more than once, even one that hears of the
@@ -318,33 +317,3 @@ private:
     QList<std::shared_ptr<Answer>> m_answers;
     std::unique_ptr<QDBusConnection> m_bus;
 };
-
-// The fixture both programs share: a bus for the program, fresh daemons for each test.
-class MockDaemonsTest : public QObject
-{
-    Q_OBJECT
-
-public:
-    MockDaemons &daemons() { return m; }
-
-protected:
-    MockDaemons m;
-
-private Q_SLOTS:
-    void initTestCase() { QVERIFY(m.startBus()); }
-    void cleanupTestCase() { m.stopBus(); }
-    void init() { QVERIFY(m.startDaemons(this)); }
-    void cleanup()
-    {
-        const QString twice = m.stopDaemons();
-        QVERIFY2(twice.isEmpty(), qPrintable(twice));
-    }
-};
-
-#define CORVANE_MOCK_DAEMONS_MAIN(TestObject)                                                      \
-    int main(int argc, char **argv)                                                                \
-    {                                                                                              \
-        QCoreApplication app(argc, argv);                                                          \
-        TestObject test;                                                                           \
-        return MockDaemons::exec(&test, test.daemons(), argc, argv);                               \
-    }
