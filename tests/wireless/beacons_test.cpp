@@ -17,6 +17,8 @@
 
 #include <vector>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 QString bit(bool b)
 {
@@ -59,33 +61,38 @@ TEST(Beacons, RealCapturesMatchTheReferenceDecoding)
         const CaptureReader::Frame &f = list[std::size_t(index)];
         const BssElements &e = f.elements;
 
-        EXPECT_EQ(BssNetworkMapper::bssidText(f.observation.bssid), row["bssid"]);
-        EXPECT_EQ(f.probeResponse, row["subtype"] == QLatin1String("probe_resp"));
-        EXPECT_EQ(e.ssid ? QString::fromLatin1(e.ssid->toHex()) : QString(), row["ssid_hex"]);
-        const QString hidden = row["ssid_hidden"];
-        EXPECT_EQ(e.ssid.has_value(), hidden != QLatin1String("absent"));
-        EXPECT_EQ(e.ssidHidden(), hidden != QLatin1String("no"));
-        EXPECT_EQ(e.dsChannel ? QString::number(*e.dsChannel) : QString(), row["channel"]);
-        EXPECT_EQ(bit(f.observation.capability & BssNetworkMapper::kCapabilityPrivacy),
-                  row["privacy"]);
-        EXPECT_EQ(bit(f.observation.capability & BssNetworkMapper::kCapabilityIBSS), row["ibss"]);
-        EXPECT_EQ(e.rsn ? ElementText::suites(e.rsn->akmSuites) : QString(), row["rsn_akms"]);
-        EXPECT_EQ(e.rsn ? ElementText::suites(e.rsn->pairwiseSuites) : QString(),
-                  row["rsn_pairwise"]);
-        EXPECT_EQ(e.wpa ? ElementText::suites(e.wpa->akmSuites).remove(QStringLiteral("0050f2:"))
-                        : QString(),
-                  row["wpa_akms"]);
-        EXPECT_EQ(bit(e.htCapabilities.has_value()), row["has_ht"]);
-        EXPECT_EQ(e.htOperation ? bit(e.htOperation->is40MHz()) : QString(), row["ht_40mhz"]);
-        EXPECT_EQ(e.htOperation ? QString::number(e.htOperation->primaryChannel) : QString(),
-                  row["ht_primary_channel"]);
-        EXPECT_EQ(bit(e.vhtCapabilities.has_value()), row["has_vht"]);
-        EXPECT_EQ(e.vhtOperation ? ElementText::vhtWidth(e.vhtOperation->width()) : QString(),
-                  row["vht_width"]);
-        EXPECT_EQ(bit(e.heCapabilities.has_value()), row["has_he"]);
-        EXPECT_EQ(ElementText::rates(e), row["rates"]);
-        EXPECT_EQ(e.country ? QString::fromLatin1(e.country->left(2)) : QString(), row["country"]);
-        EXPECT_EQ(bit(e.meshId.has_value()), row["mesh_id"]);
+        // Every decoded field beside the reference's reading of it, in one line each.
+        const QString hidden = !e.ssid             ? u"absent"_s
+                               : !e.ssidHidden()   ? u"no"_s
+                               : e.ssid->isEmpty() ? u"empty"_s
+                                                   : u"zeroed"_s;
+        const QStringList decoded = {
+            BssNetworkMapper::bssidText(f.observation.bssid),
+            f.probeResponse ? u"probe_resp"_s : u"beacon"_s,
+            e.ssid ? QString::fromLatin1(e.ssid->toHex()) : QString(),
+            hidden,
+            e.dsChannel ? QString::number(*e.dsChannel) : QString(),
+            bit(f.observation.capability & BssNetworkMapper::kCapabilityPrivacy),
+            bit(f.observation.capability & BssNetworkMapper::kCapabilityIBSS),
+            e.rsn ? ElementText::suites(e.rsn->akmSuites) : QString(),
+            e.rsn ? ElementText::suites(e.rsn->pairwiseSuites) : QString(),
+            e.wpa ? ElementText::suites(e.wpa->akmSuites).remove(u"0050f2:"_s) : QString(),
+            bit(e.htCapabilities.has_value()),
+            e.htOperation ? bit(e.htOperation->is40MHz()) : QString(),
+            e.htOperation ? QString::number(e.htOperation->primaryChannel) : QString(),
+            bit(e.vhtCapabilities.has_value()),
+            e.vhtOperation ? ElementText::vhtWidth(e.vhtOperation->width()) : QString(),
+            bit(e.heCapabilities.has_value()),
+            ElementText::rates(e),
+            e.country ? QString::fromLatin1(e.country->left(2)) : QString(),
+            bit(e.meshId.has_value())};
+        QStringList reference;
+        for (const char *column :
+             {"bssid", "subtype", "ssid_hex", "ssid_hidden", "channel", "privacy", "ibss",
+              "rsn_akms", "rsn_pairwise", "wpa_akms", "has_ht", "ht_40mhz", "ht_primary_channel",
+              "has_vht", "vht_width", "has_he", "rates", "country", "mesh_id"})
+            reference << row[column];
+        EXPECT_EQ(decoded, reference);
         // The Prism and AVS frames end in bytes their headers do not announce (an FCS, most
         // likely): they must show up as a truncated last element, everything before intact.
         if (file.startsWith(QLatin1String("pypacker__packets_prism")) ||

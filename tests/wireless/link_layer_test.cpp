@@ -104,54 +104,38 @@ TEST(LinkLayer, RadiotapHeadersAndManagementFrames)
 
 TEST(LinkLayer, PrismAvsPpiAndPlain)
 {
+    using Reading = std::tuple<std::size_t, int, std::optional<int>, std::optional<int>>;
+    auto strip = [](int link, const QByteArray &packet,
+                    qsizetype cut = -1) -> std::optional<Reading> {
+        const auto f = LinkLayer::strip(link, bytes(packet), cut < 0 ? packet.size() : cut);
+        if (!f)
+            return std::nullopt;
+        return Reading(f->length, f->frequencyMHz, f->signalDbm, f->noiseDbm);
+    };
+    const std::size_t payload = std::size_t(kPayload.size());
     for (bool big : {false, true}) {
-        SCOPED_TRACE(big ? "prism big-endian" : "prism little-endian");
+        // Prism in either byte order; the noise item is marked absent.
         const QByteArray packet = prismHeader(big) + kPayload;
-        const auto f = LinkLayer::strip(LinkLayer::kPrism, bytes(packet), packet.size());
-        ASSERT_TRUE(f);
-        EXPECT_EQ(f->length, std::size_t(kPayload.size()));
-        EXPECT_EQ(f->frequencyMHz, 2437);
-        EXPECT_EQ(f->signalDbm, -70);
-        EXPECT_FALSE(f->noiseDbm); // marked absent
-        EXPECT_FALSE(LinkLayer::strip(LinkLayer::kPrism, bytes(packet), 100));
+        EXPECT_EQ(strip(LinkLayer::kPrism, packet), Reading(payload, 2437, -70, std::nullopt));
+        EXPECT_FALSE(strip(LinkLayer::kPrism, packet, 100));
     }
-    {
-        const QByteArray packet = avsHeader(2) + kPayload;
-        const auto f = LinkLayer::strip(LinkLayer::kAvs, bytes(packet), packet.size());
-        ASSERT_TRUE(f);
-        EXPECT_EQ(f->length, std::size_t(kPayload.size()));
-        EXPECT_EQ(f->frequencyMHz, 5180);
-        EXPECT_EQ(f->signalDbm, -52);
-        EXPECT_EQ(f->noiseDbm, -97);
-        const QByteArray normalised = avsHeader(1) + kPayload; // not dBm: ignored
-        EXPECT_FALSE(
-            LinkLayer::strip(LinkLayer::kAvs, bytes(normalised), normalised.size())->signalDbm);
-        QByteArray wrongVersion = packet;
-        wrongVersion[0] = 0;
-        EXPECT_FALSE(LinkLayer::strip(LinkLayer::kAvs, bytes(wrongVersion), wrongVersion.size()));
-    }
-    {
-        const QByteArray packet = ppiHeader(LinkLayer::kPlain80211, true) + kPayload + "FCS!";
-        const auto f = LinkLayer::strip(LinkLayer::kPpi, bytes(packet), packet.size());
-        ASSERT_TRUE(f);
-        EXPECT_EQ(f->length, std::size_t(kPayload.size()));
-        EXPECT_EQ(f->frequencyMHz, 5180);
-        EXPECT_EQ(f->signalDbm, -64);
-        EXPECT_FALSE(f->noiseDbm);
-        // Aligned fields: an odd-length field is padded to four bytes; noise 0 is no reading.
-        const QByteArray aligned =
-            ElementText::fromHex("00 01 2800 69000000 0300 0200 abcd 0000 0200 1400") +
-            ElementText::fromHex("0000000000000000 0000 0c00 3c14 4001 0000 c0 00") + kPayload;
-        const auto a = LinkLayer::strip(LinkLayer::kPpi, bytes(aligned), aligned.size());
-        ASSERT_TRUE(a);
-        EXPECT_EQ(std::tuple(a->frequencyMHz, a->signalDbm, a->noiseDbm),
-                  std::tuple(5180, std::optional(-64), std::optional<int>()));
-        const QByteArray nested =
-            ppiHeader(LinkLayer::kPpi, false) + ppiHeader(105, false) + kPayload;
-        EXPECT_FALSE(LinkLayer::strip(LinkLayer::kPpi, bytes(nested), nested.size()));
-    }
-    const auto plain = LinkLayer::strip(LinkLayer::kPlain80211, bytes(kPayload), kPayload.size());
-    ASSERT_TRUE(plain);
-    EXPECT_EQ(plain->length, std::size_t(kPayload.size()));
-    EXPECT_FALSE(LinkLayer::strip(1, bytes(kPayload), kPayload.size())); // Ethernet
+    const QByteArray avs = avsHeader(2) + kPayload;
+    EXPECT_EQ(strip(LinkLayer::kAvs, avs), Reading(payload, 5180, -52, -97));
+    // Readings that are not in dBm are ignored; a wrong version is refused.
+    EXPECT_EQ(strip(LinkLayer::kAvs, avsHeader(1) + kPayload),
+              Reading(payload, 5180, std::nullopt, std::nullopt));
+    EXPECT_FALSE(strip(LinkLayer::kAvs, QByteArray(1, '\0') + avs.mid(1)));
+
+    const QByteArray ppi = ppiHeader(LinkLayer::kPlain80211, true) + kPayload + "FCS!";
+    EXPECT_EQ(strip(LinkLayer::kPpi, ppi), Reading(payload, 5180, -64, std::nullopt));
+    // Aligned fields: an odd-length field is padded to four bytes; noise 0 is no reading.
+    const QByteArray aligned =
+        ElementText::fromHex("00 01 2800 69000000 0300 0200 abcd 0000 0200 1400") +
+        ElementText::fromHex("0000000000000000 0000 0c00 3c14 4001 0000 c0 00") + kPayload;
+    EXPECT_EQ(strip(LinkLayer::kPpi, aligned), Reading(payload, 5180, -64, std::nullopt));
+    EXPECT_FALSE(strip(LinkLayer::kPpi,
+                       ppiHeader(LinkLayer::kPpi, false) + ppiHeader(105, false) + kPayload));
+    EXPECT_EQ(strip(LinkLayer::kPlain80211, kPayload),
+              Reading(payload, 0, std::nullopt, std::nullopt));
+    EXPECT_FALSE(strip(1, kPayload)); // Ethernet
 }

@@ -15,13 +15,15 @@
 #include <QFile>
 #include <QTemporaryDir>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 CWNetwork networkWith(unsigned securities, std::optional<int> mode, QByteArray ssid = "net")
 {
     CWNetwork::Data d;
     d.ssidData = std::move(ssid);
-    d.bssid = QStringLiteral("02:00:00:00:00:01");
+    d.bssid = u"02:00:00:00:00:01"_s;
     d.securities = securities;
     d.securityMode = mode;
     return CWNetwork(d);
@@ -40,11 +42,11 @@ void writeFile(const QString &path, const QByteArray &contents)
 TEST(LinuxNmSettings, KeyShapesAndSecurityOfANetwork)
 {
     const std::tuple<QString, bool, bool> keys[] = {
-        {QStringLiteral("abcde"), true, false},
-        {QStringLiteral("0123456789"), true, true},
-        {QStringLiteral("012345678g"), false, true},
-        {QStringLiteral("0123456789abcdef0123456789"), true, true},
-        {QStringLiteral("seven77"), false, false},
+        {u"abcde"_s, true, false},
+        {u"0123456789"_s, true, true},
+        {u"012345678g"_s, false, true},
+        {u"0123456789abcdef0123456789"_s, true, true},
+        {u"seven77"_s, false, false},
         {QString(63, u'x'), false, true},
         {QString(64, u'x'), false, false},
         {QString(64, u'a'), false, true}, // 64 hex digits: a raw key
@@ -82,11 +84,9 @@ TEST(LinuxNmSettings, KeyShapesAndSecurityOfANetwork)
 
 TEST(LinuxNmSettings, HostileSsidsMakeSafeNames)
 {
-    EXPECT_EQ(NmSettingsBuilder::connectionId(QByteArray("a\tb\nc<d\0e", 9)),
-              QStringLiteral("abc<de"));
-    EXPECT_EQ(NmSettingsBuilder::connectionId(QByteArray("\xff\xfe")),
-              QStringLiteral("\uFFFD\uFFFD"));
-    EXPECT_EQ(NmSettingsBuilder::connectionId(QByteArray("\n\t")), QStringLiteral("Wi-Fi"));
+    EXPECT_EQ(NmSettingsBuilder::connectionId(QByteArray("a\tb\nc<d\0e", 9)), u"abc<de"_s);
+    EXPECT_EQ(NmSettingsBuilder::connectionId(QByteArray("\xff\xfe")), u"\uFFFD\uFFFD"_s);
+    EXPECT_EQ(NmSettingsBuilder::connectionId(QByteArray("\n\t")), u"Wi-Fi"_s);
 
     // Raw SSID bytes go to NetworkManager untouched.
     const QByteArray raw("a\tb\0\xff", 5);
@@ -113,38 +113,32 @@ TEST(LinuxNmSettings, EnterpriseNeedsAUserName)
                                                  NmSettingsBuilder::Security::Enterprise,
                                                  parameters, &error));
     EXPECT_EQ(error.localizedDescription(),
-              QStringLiteral("This network needs an 802.1X user name and password"));
-    profile->setUsername(QStringLiteral("bob"));
+              u"This network needs an 802.1X user name and password"_s);
+    profile->setUsername(u"bob"_s);
     const auto settings = NmSettingsBuilder::joinSettings(
         networkWith(1u << kCWSecurityWPA2Enterprise, 6), NmSettingsBuilder::Security::Enterprise,
         parameters, &error);
     ASSERT_TRUE(settings);
     // No password given: none is sent, so NetworkManager asks its agent.
-    EXPECT_FALSE(settings->value(QStringLiteral("802-1x")).contains(QStringLiteral("password")));
+    EXPECT_FALSE(settings->value(u"802-1x"_s).contains(u"password"_s));
 }
 
 TEST(LinuxNmSettings, SavedConnectionsBecomeProfiles)
 {
     NmSettings settings;
-    settings[QStringLiteral("connection")] = {
-        {QStringLiteral("id"), QStringLiteral("Office")},
-        {QStringLiteral("type"), QStringLiteral("802-11-wireless")}};
-    settings[QStringLiteral("802-11-wireless")] = {
-        {QStringLiteral("ssid"), QByteArray("corp")},
-        {QStringLiteral("mode"), QStringLiteral("adhoc")}};
+    settings[u"connection"_s] = {{u"id"_s, u"Office"_s}, {u"type"_s, u"802-11-wireless"_s}};
+    settings[u"802-11-wireless"_s] = {{u"ssid"_s, QByteArray("corp")}, {u"mode"_s, u"adhoc"_s}};
     EXPECT_FALSE(NmSettingsBuilder::isWifiInfrastructure(settings));
-    settings[QStringLiteral("802-11-wireless")].remove(QStringLiteral("mode"));
+    settings[u"802-11-wireless"_s].remove(u"mode"_s);
     EXPECT_TRUE(NmSettingsBuilder::isWifiInfrastructure(settings));
     EXPECT_FALSE(NmSettingsBuilder::profileFrom(settings, {}));
 
-    settings[QStringLiteral("802-11-wireless-security")] = {
-        {QStringLiteral("key-mgmt"), QStringLiteral("none")}};
+    settings[u"802-11-wireless-security"_s] = {{u"key-mgmt"_s, u"none"_s}};
     NmSettings secrets;
-    secrets[QStringLiteral("802-11-wireless-security")] = {
-        {QStringLiteral("wep-key0"), QStringLiteral("abcde")}};
+    secrets[u"802-11-wireless-security"_s] = {{u"wep-key0"_s, u"abcde"_s}};
     const auto wep = NmSettingsBuilder::wirelessProfileFrom(settings, secrets);
-    EXPECT_EQ(wep->passphrase(), QStringLiteral("abcde"));
-    EXPECT_EQ(wep->ssid(), QStringLiteral("corp"));
+    EXPECT_EQ(wep->passphrase(), u"abcde"_s);
+    EXPECT_EQ(wep->ssid(), u"corp"_s);
     EXPECT_FALSE(wep->user8021XProfile());
 }
 
@@ -187,16 +181,14 @@ TEST(LinuxSysfs, RfkillLinkAndWirelessPresence)
         {"net/wlan1/phy80211/rfkill2/soft", "0\n"},
         {"net/wlan1/phy80211/rfkill2/hard", "0\n"}};
     for (const auto &[path, contents] : files)
-        writeFile(root.filePath(QStringLiteral("class/") + QLatin1String(path)), contents);
+        writeFile(root.filePath(u"class/"_s + QLatin1String(path)), contents);
     SysfsReader sysfs(root.path());
     EXPECT_TRUE(sysfs.hasWirelessInterface());
-    EXPECT_EQ(std::tuple(sysfs.linkUp(QStringLiteral("wlan0")),
-                         sysfs.linkUp(QStringLiteral("wlan1")),
-                         sysfs.linkUp(QStringLiteral("../../etc"))),
+    EXPECT_EQ(std::tuple(sysfs.linkUp(u"wlan0"_s), sysfs.linkUp(u"wlan1"_s),
+                         sysfs.linkUp(u"../../etc"_s)),
               std::tuple(false, true, false));
-    EXPECT_EQ(std::tuple(sysfs.rfkill(QStringLiteral("wlan0")).softBlocked,
-                         sysfs.rfkill(QStringLiteral("wlan0")).hardBlocked,
-                         sysfs.rfkill(QStringLiteral("wlan1")).softBlocked),
+    EXPECT_EQ(std::tuple(sysfs.rfkill(u"wlan0"_s).softBlocked, sysfs.rfkill(u"wlan0"_s).hardBlocked,
+                         sysfs.rfkill(u"wlan1"_s).softBlocked),
               std::tuple(true, false, false));
 
     // A laptop's Wi-Fi key: a platform switch of type wlan, not tied to a phy.
@@ -205,10 +197,10 @@ TEST(LinuxSysfs, RfkillLinkAndWirelessPresence)
         {"rfkill0/hard", "1\n"},    {"rfkill2/type", "wlan\n"},          {"rfkill2/name", "phy1\n"},
         {"rfkill2/hard", "0\n"}};
     for (const auto &[path, contents] : switches)
-        writeFile(root.filePath(QStringLiteral("class/rfkill/") + QLatin1String(path)), contents);
-    EXPECT_TRUE(sysfs.rfkill(QStringLiteral("wlan1")).hardBlocked);
+        writeFile(root.filePath(u"class/rfkill/"_s + QLatin1String(path)), contents);
+    EXPECT_TRUE(sysfs.rfkill(u"wlan1"_s).hardBlocked);
 
     QTemporaryDir wired;
-    writeFile(wired.filePath(QStringLiteral("class/net/eth0/flags")), "0x1003\n");
+    writeFile(wired.filePath(u"class/net/eth0/flags"_s), "0x1003\n");
     EXPECT_FALSE(SysfsReader(wired.path()).hasWirelessInterface());
 }

@@ -13,13 +13,15 @@
 
 #include <functional>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 constexpr qint64 kT0 = 1700000000LL * 1000000; // capture time of the first frame, µs
 const qint64 kFrameUs[] = {0, 500000, 1200000, 1900000, 2100000, 7500000, 7900000};
 
 QString data(const char *name)
 {
-    return qEnvironmentVariable("CORVANE_SOURCE_DIR") + QStringLiteral("/tests/wireless/data/") +
+    return qEnvironmentVariable("CORVANE_SOURCE_DIR") + u"/tests/wireless/data/"_s +
            QLatin1String(name);
 }
 
@@ -51,7 +53,7 @@ TEST(ReplayBackend, FullSpeedServesOneWindowPerScan)
     int finishedSignals = 0;
     QObject::connect(replay.get(), &ReplayBackend::replayFinished, [&] { ++finishedSignals; });
 
-    const QString name = QStringLiteral("office");
+    const QString name = u"office"_s;
     ASSERT_EQ(replay->interfaceNames(), QStringList{name});
     // The reader hands out each frame's own time stamp, to the microsecond.
     auto reader = CaptureReader::open(data("office.pcap"), &error);
@@ -96,7 +98,7 @@ TEST(ReplayBackend, RealSpeedFollowsTheClock)
     auto replay = ReplayBackend::open(data("office.pcap"), 2.0, &error);
     ASSERT_TRUE(replay) << error.toStdString();
     replay->setScanWindow(2.0);
-    const QString name = QStringLiteral("office");
+    const QString name = u"office"_s;
 
     const struct
     {
@@ -126,9 +128,9 @@ TEST(ReplayBackend, ReadOnlyRadioNamedAfterTheFile)
     // Plain 802.11 has no radio header: signal and noise take the documented defaults.
     auto replay = ReplayBackend::open(data("lab.capture.pcap"), 0, nullptr);
     ASSERT_TRUE(replay);
-    const QString name = QStringLiteral("lab.capture");
-    EXPECT_EQ(std::tuple(replay->powerOn(name), replay->powerOn(QStringLiteral("wlan0")),
-                         replay->opMode(name), replay->ssid(name)),
+    const QString name = u"lab.capture"_s;
+    EXPECT_EQ(std::tuple(replay->powerOn(name), replay->powerOn(u"wlan0"_s), replay->opMode(name),
+                         replay->ssid(name)),
               std::tuple(true, false, std::optional<int>(kCWOpModeMonitorMode),
                          std::optional<QString>()));
     const QList<CWNetworkRef> scan = replay->scanForNetworks(name, {}, nullptr);
@@ -148,13 +150,12 @@ TEST(ReplayBackend, ReadOnlyRadioNamedAfterTheFile)
     for (const auto &control : controls) {
         CWError e;
         EXPECT_FALSE(control(&e));
-        EXPECT_EQ(e.localizedDescription(),
-                  QStringLiteral("A replayed capture cannot be controlled"));
+        EXPECT_EQ(e.localizedDescription(), u"A replayed capture cannot be controlled"_s);
     }
     CWError e;
     replay->disassociate(name); // only logged
     EXPECT_TRUE(replay->powerOn(name));
-    EXPECT_TRUE(replay->scanForNetworks(QStringLiteral("wlan0"), {}, &e).isEmpty());
+    EXPECT_TRUE(replay->scanForNetworks(u"wlan0"_s, {}, &e).isEmpty());
     EXPECT_FALSE(e.isNull());
 }
 
@@ -178,7 +179,7 @@ TEST(ReplayBackend, BadCapturesGiveClearErrors)
         QString path;
         const char *errorPart;
     } rows[] = {
-        {"missing file", dir.filePath(QStringLiteral("nothing.pcap")), "not a readable capture"},
+        {"missing file", dir.filePath(u"nothing.pcap"_s), "not a readable capture"},
         {"not a capture", file("notes.pcap", "Hello <world>\t\n"), "not a readable capture"},
         {"empty file", file("empty.pcap", {}), "not a readable capture"},
         {"header only", file("header.pcap", whole.left(24)), "no beacons or probe responses"},
@@ -201,14 +202,13 @@ TEST(ReplayBackend, BadCapturesGiveClearErrors)
     auto cut = ReplayBackend::open(file("cut.pcap", whole.left(24 + 3 * packet + 20)), 0, &error);
     ASSERT_TRUE(cut) << error.toStdString();
     cut->setScanWindow(10);
-    EXPECT_EQ(describe(cut->scanForNetworks(QStringLiteral("cut"), {}, nullptr)),
-              (Scan{"01@-43", "02@-52"}));
+    EXPECT_EQ(describe(cut->scanForNetworks(u"cut"_s, {}, nullptr)), (Scan{"01@-43", "02@-52"}));
     EXPECT_TRUE(cut->finished());
 
     // Broken elements and hostile SSIDs: whatever decodes is served.
     auto replay = ReplayBackend::open(data("broken.pcap"), 0, &error);
     ASSERT_TRUE(replay) << error.toStdString();
-    const QList<CWNetworkRef> scan = replay->scanForNetworks(QStringLiteral("broken"), {}, nullptr);
+    const QList<CWNetworkRef> scan = replay->scanForNetworks(u"broken"_s, {}, nullptr);
     ASSERT_EQ(scan.size(), 2);
     EXPECT_EQ(scan[0]->ssidData(), QByteArray("a\tb\n<c>\xff\0", 9));
     EXPECT_TRUE(scan[0]->ssid().has_value());

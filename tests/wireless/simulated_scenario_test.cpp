@@ -9,8 +9,10 @@
 
 #include <gtest/gtest.h>
 
+using namespace Qt::StringLiterals;
+
 namespace {
-const QString kIf = QStringLiteral("wlp2s0");
+const QString kIf = u"wlp2s0"_s;
 } // namespace
 
 // Scenario files that must be refused, each with a message naming the place and the reason
@@ -26,8 +28,8 @@ TEST(SimulatedScenario, BadScenariosGiveClearMessages)
     }
     QTemporaryDir dir;
     QString text;
-    EXPECT_FALSE(SimulatedBackend::fromFile(dir.filePath(QStringLiteral("none.json")), 1, &text));
-    EXPECT_TRUE(text.contains(QStringLiteral("none.json")));
+    EXPECT_FALSE(SimulatedBackend::fromFile(dir.filePath(u"none.json"_s), 1, &text));
+    EXPECT_TRUE(text.contains(u"none.json"_s));
 }
 
 TEST(SimulatedScenario, DefaultsAndRawSsidBytes)
@@ -53,7 +55,7 @@ TEST(SimulatedScenario, DefaultsAndRawSsidBytes)
     const auto list = sim->scanForNetworks(kIf, {}, nullptr);
     ASSERT_EQ(list.size(), 1);
     EXPECT_EQ(list[0]->ssidData(), QByteArray::fromHex("41ff00e4"));
-    EXPECT_EQ(list[0]->bssid(), QStringLiteral("0a:00:00:00:00:01"));
+    EXPECT_EQ(list[0]->bssid(), u"0a:00:00:00:00:01"_s);
     EXPECT_TRUE(list[0]->supportsSecurity(kCWSecurityNone) &&
                 list[0]->supportsPHYMode(kCWPHYMode11g));
 }

@@ -12,11 +12,13 @@
 #include <cmath>
 #include <set>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 const QDateTime kStart(QDate(2024, 5, 1), QTime(12, 0, 0), Qt::UTC);
-const QString kIf = QStringLiteral("wlp2s0");
-const QString kHome5 = QStringLiteral("a4:2b:b0:5e:12:02");
+const QString kIf = u"wlp2s0"_s;
+const QString kHome5 = u"a4:2b:b0:5e:12:02"_s;
 
 CWNetworkRef find(const QList<CWNetworkRef> &list, const QString &bssid)
 {
@@ -109,7 +111,7 @@ TEST_F(SimulatedRadio, DefaultScenarioCoversTheBoundary)
     }
     at(17.0);
     EXPECT_EQ(std::tuple(sim->ssid(kIf), sim->bssid(kIf), sim->interfaceState(kIf)),
-              std::tuple(std::optional(QStringLiteral("Flat 12 Home")), std::optional(kHome5),
+              std::tuple(std::optional(u"Flat 12 Home"_s), std::optional(kHome5),
                          std::optional<int>(kCWInterfaceStateRunning)));
     const CWNetworkRef home = find(scan(), kHome5);
     ASSERT_TRUE(home);
@@ -126,8 +128,8 @@ TEST_F(SimulatedRadio, RepeatableSmoothInRangeAndOnSchedule)
 {
     auto twin = SimulatedBackend::createDefault(42);
     auto other = SimulatedBackend::createDefault(7);
-    const QString hotspot = bssidOf(QStringLiteral("Jonas’s Phone"));
-    const QString leaving = bssidOf(QStringLiteral("Umzug 2B"));
+    const QString hotspot = bssidOf(u"Jonas’s Phone"_s);
+    const QString leaving = bssidOf(u"Umzug 2B"_s);
     ASSERT_FALSE(hotspot.isEmpty() || leaving.isEmpty());
     bool differs = false;
     int hotspotOn = 0, hiddenSeen = 0;
@@ -183,12 +185,12 @@ TEST_F(SimulatedRadio, PowerChannelAndDisassociate)
     ASSERT_TRUE(sim->setPower(kIf, false, &error));
     EXPECT_TRUE(error.isNull());
     EXPECT_EQ(changes, QStringList{kIf});
-    EXPECT_EQ(lastKeys.first(), QStringLiteral("State:/Network/Interface/wlp2s0/AirPort"));
+    EXPECT_EQ(lastKeys.first(), u"State:/Network/Interface/wlp2s0/AirPort"_s);
     EXPECT_FALSE(sim->powerOn(kIf) || sim->ssid(kIf) || sim->bssid(kIf));
     EXPECT_EQ(sim->rssiValue(kIf) + sim->noiseMeasurement(kIf) + sim->transmitRate(kIf), 0);
     EXPECT_NE(sim->interfaceState(kIf), kCWInterfaceStateRunning);
     EXPECT_TRUE(sim->scanForNetworks(kIf, {}, &error).isEmpty());
-    EXPECT_EQ(error.localizedDescription(), QStringLiteral("The Wi-Fi radio is switched off"));
+    EXPECT_EQ(error.localizedDescription(), u"The Wi-Fi radio is switched off"_s);
     error.clear();
     EXPECT_FALSE(sim->setChannel(kIf, 6, &error));
     EXPECT_FALSE(error.isNull());
@@ -248,8 +250,8 @@ TEST_F(SimulatedRadio, AssociationChecksCredentials)
     } rows[] = {
         {"Café Olé Gäste", {}, ""},
         {"Müller WLAN", {}, "A passphrase is required to join \"Müller WLAN\""},
-        {"Müller WLAN", key(QStringLiteral("sonnenblume77")), "The passphrase was rejected"},
-        {"Müller WLAN", key(QStringLiteral("Sonnenblume77")), ""},
+        {"Müller WLAN", key(u"sonnenblume77"_s), "The passphrase was rejected"},
+        {"Müller WLAN", key(u"Sonnenblume77"_s), ""},
         {"Müller WLAN", key(77), "The passphrase parameter is not a text"},
         {"Oma's Netz", {}, "The passphrase was rejected"}, // its stored key is outdated
         {"Flat 12 Home", {}, ""},                          // the stored passphrase
@@ -258,7 +260,7 @@ TEST_F(SimulatedRadio, AssociationChecksCredentials)
         {praxis, eap(profile("empfang", "zahnbürste!")),
          "The 802.1X user name or password was rejected"},
         {praxis, eap(profile("empfang", "Zahnbürste!")), ""},
-        {praxis, eap(QStringLiteral("empfang")), "The 802.1X profile parameter holds no profile"},
+        {praxis, eap(u"empfang"_s), "The 802.1X profile parameter holds no profile"},
     };
     for (const auto &row : rows) {
         const QString bssid = bssidOf(QString::fromUtf8(row.ssid));
@@ -279,10 +281,10 @@ TEST_F(SimulatedRadio, AssociationChecksCredentials)
     }
     // A hidden network joined by its BSSID: the interface knows its name.
     at(10.0);
-    const CWNetworkRef cam = find(all(), QStringLiteral("60:38:e0:1a:c5:72"));
+    const CWNetworkRef cam = find(all(), u"60:38:e0:1a:c5:72"_s);
     ASSERT_TRUE(cam && !cam->ssid());
-    ASSERT_TRUE(sim->associateToNetwork(kIf, cam, key(QStringLiteral("kamera-geheim")), nullptr));
-    EXPECT_EQ(sim->ssid(kIf), QStringLiteral("cam-treppenhaus"));
+    ASSERT_TRUE(sim->associateToNetwork(kIf, cam, key(u"kamera-geheim"_s), nullptr));
+    EXPECT_EQ(sim->ssid(kIf), u"cam-treppenhaus"_s);
 }
 
 TEST_F(SimulatedRadio, AdHocNetworkAppearsInLaterScans)
@@ -291,16 +293,16 @@ TEST_F(SimulatedRadio, AdHocNetworkAppearsInLaterScans)
     EXPECT_FALSE(sim->enableIBSS(kIf, {{kCWIBSSKeyChannel, 14}}, &error));
     EXPECT_FALSE(error.isNull());
     error.clear();
-    EXPECT_FALSE(sim->enableIBSS(kIf, {{kCWIBSSKeyPassphrase, QStringLiteral("abc")}}, &error));
+    EXPECT_FALSE(sim->enableIBSS(kIf, {{kCWIBSSKeyPassphrase, u"abc"_s}}, &error));
     EXPECT_FALSE(error.isNull());
 
-    const QVariantMap parameters = {{kCWIBSSKeySSID, QStringLiteral("Spielwiese")}};
+    const QVariantMap parameters = {{kCWIBSSKeySSID, u"Spielwiese"_s}};
     ASSERT_TRUE(sim->enableIBSS(kIf, parameters, &error));
     EXPECT_EQ(sim->lastIBSSParameters(), parameters);
     const QString own = sim->ownIBSSBssid(kIf);
     EXPECT_EQ(own.left(2).toInt(nullptr, 16) & 3, 2); // locally administered unicast
     EXPECT_EQ(sim->opMode(kIf), kCWOpModeIBSS);
-    EXPECT_EQ(sim->ssid(kIf), QStringLiteral("Spielwiese"));
+    EXPECT_EQ(sim->ssid(kIf), u"Spielwiese"_s);
     EXPECT_EQ(sim->bssid(kIf), own);
     EXPECT_EQ(sim->wlanChannel(kIf)->channelNumber(), 11);
     EXPECT_EQ(sim->interfaceState(kIf), kCWInterfaceStateRunning);
@@ -308,15 +310,14 @@ TEST_F(SimulatedRadio, AdHocNetworkAppearsInLaterScans)
     const CWNetworkRef heard = find(scan(), own);
     ASSERT_TRUE(heard);
     EXPECT_TRUE(heard->ibss());
-    EXPECT_EQ(heard->ssid(), QStringLiteral("Spielwiese"));
-    EXPECT_TRUE(find(scan(QStringLiteral("wlx00c0ca3e5f01")), own)); // the desk stick hears it too
+    EXPECT_EQ(heard->ssid(), u"Spielwiese"_s);
+    EXPECT_TRUE(find(scan(u"wlx00c0ca3e5f01"_s), own)); // the desk stick hears it too
     sim->disassociate(kIf);
     EXPECT_FALSE(find(scan(), own));
     EXPECT_EQ(sim->opMode(kIf), kCWOpModeStation);
 
     // Without a name the interface's own name is used; with a key, it is a secured network.
-    ASSERT_TRUE(
-        sim->enableIBSS(kIf, {{kCWIBSSKeyPassphrase, QStringLiteral("geheim123")}}, &error));
+    ASSERT_TRUE(sim->enableIBSS(kIf, {{kCWIBSSKeyPassphrase, u"geheim123"_s}}, &error));
     const CWNetworkRef secured = find(scan(), sim->ownIBSSBssid(kIf));
     ASSERT_TRUE(secured);
     EXPECT_EQ(secured->ssid(), kIf);
@@ -348,19 +349,17 @@ TEST(SimulatedBackendFaults, ScanErrorsEmptyScansRefusedAuthorizationAndLostLink
     EXPECT_EQ(sim->lastScanParameters().value(kCWScanKeyMerge), true);
     auto auth = SFAuthorization::authorization();
     CWError error;
-    EXPECT_FALSE(auth->obtainWithRight(QStringLiteral("system.preferences"), 19, &error));
+    EXPECT_FALSE(auth->obtainWithRight(u"system.preferences"_s, 19, &error));
     EXPECT_FALSE(error.localizedDescription().isEmpty());
     sim->setFaults({});
-    EXPECT_TRUE(auth->obtainWithRight(QStringLiteral("system.preferences"), 19, &error));
-    EXPECT_TRUE(error.isNull());
+    EXPECT_TRUE(auth->obtainWithRight(u"system.preferences"_s, 19, &error) && error.isNull());
     EXPECT_EQ(sim->authorizationCount(), 2);
     // Without a backend every interface answers zero, false or none, and refuses.
     WirelessBackend::setCurrent(nullptr);
     EXPECT_TRUE(CWInterface::supportedInterfaces().isEmpty());
     EXPECT_EQ(CWInterface::interfaceWithName(name), nullptr);
-    EXPECT_FALSE(CWInterface::null().powerOn() || CWInterface::null().ssid());
     CWInterface handle(nullptr, name);
-    EXPECT_FALSE(handle.setPower(true, &error));
+    EXPECT_FALSE(handle.powerOn() || handle.ssid() || handle.setPower(true, &error));
     EXPECT_TRUE(handle.scanForNetworksWithParameters({}, &error).isEmpty());
     EXPECT_FALSE(error.localizedDescription().isEmpty());
 
@@ -373,10 +372,10 @@ TEST(SimulatedBackendFaults, ScanErrorsEmptyScansRefusedAuthorizationAndLostLink
     ASSERT_TRUE(sim);
     int changes = 0;
     QObject::connect(sim.get(), &WirelessBackend::linkChanged, [&] { ++changes; });
-    EXPECT_EQ(sim->interfaceState(QStringLiteral("wlan0")), kCWInterfaceStateRunning);
+    EXPECT_EQ(sim->interfaceState(u"wlan0"_s), kCWInterfaceStateRunning);
     clock.advance(11000);
-    EXPECT_EQ(sim->interfaceState(QStringLiteral("wlan0")), kCWInterfaceStateInactive);
-    EXPECT_TRUE(sim->scanForNetworks(QStringLiteral("wlan0"), {}, nullptr).isEmpty());
+    EXPECT_EQ(sim->interfaceState(u"wlan0"_s), kCWInterfaceStateInactive);
+    EXPECT_TRUE(sim->scanForNetworks(u"wlan0"_s, {}, nullptr).isEmpty());
     EXPECT_EQ(changes, 1);
     Clock::setInstance(nullptr);
 }

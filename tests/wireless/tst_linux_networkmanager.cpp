@@ -64,16 +64,15 @@ private Q_SLOTS:
         QCOMPARE(m.nm->wirelessEnabled(), std::optional<bool>(true));
 
         // A hardware switch in the off position: NetworkManager cannot help.
-        QDBusMessage set = QDBusMessage::createMethodCall(
-            MockDaemons::kNmService, MockDaemons::kNmPath,
-            QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Set"));
-        set.setArguments({MockDaemons::kNmService, QStringLiteral("WirelessHardwareEnabled"),
+        QDBusMessage set =
+            QDBusMessage::createMethodCall(MockDaemons::kNmService, MockDaemons::kNmPath,
+                                           u"org.freedesktop.DBus.Properties"_s, u"Set"_s);
+        set.setArguments({MockDaemons::kNmService, u"WirelessHardwareEnabled"_s,
                           QVariant::fromValue(QDBusVariant(false))});
         QCOMPARE(m.bus().call(set).type(), QDBusMessage::ReplyMessage);
         QVERIFY(!m.connector->setPower(true, &error));
         for (const CWError &e : {error, setPower(true)}) {
-            QCOMPARE(e.localizedDescription(),
-                     QStringLiteral("Wi-Fi is switched off by a hardware switch"));
+            QCOMPARE(e.localizedDescription(), u"Wi-Fi is switched off by a hardware switch"_s);
             QCOMPARE(e.code(), int(kCWErrorPoweredOff));
         }
     }
@@ -91,28 +90,23 @@ private Q_SLOTS:
         const QList<uint> ok{2, 1, 0};
         const unsigned wpa2 = 1u << kCWSecurityWPA2Personal;
         const int psk = kCWSecurityModeWPA2_PSK;
-        const QString horse = QStringLiteral("correct horse");
-        QTest::newRow("open") << 1u << 0 << QString() << QString() << ok << QString()
-                              << QStringLiteral("open");
-        QTest::newRow("wep") << (1u << kCWSecurityWEP) << int(kCWSecurityModeWEP)
-                             << QStringLiteral("abcde") << QString() << ok << QString()
-                             << QStringLiteral("none");
+        const QString horse = u"correct horse"_s;
+        QTest::newRow("open") << 1u << 0 << QString() << QString() << ok << QString() << u"open"_s;
+        QTest::newRow("wep") << (1u << kCWSecurityWEP) << int(kCWSecurityModeWEP) << u"abcde"_s
+                             << QString() << ok << QString() << u"none"_s;
         QTest::newRow("wpa2") << wpa2 << psk << horse << QString() << ok << QString()
-                              << QStringLiteral("wpa-psk");
+                              << u"wpa-psk"_s;
         QTest::newRow("enterprise")
             << (1u << kCWSecurityWPA2Enterprise) << int(kCWSecurityModeWPA2_Enterprise)
-            << QStringLiteral("secret") << QStringLiteral("alice") << ok << QString()
-            << QStringLiteral("wpa-eap");
+            << u"secret"_s << u"alice"_s << ok << QString() << u"wpa-eap"_s;
         QTest::newRow("wrong passphrase")
-            << wpa2 << psk << QStringLiteral("not the key") << QString() << QList<uint>{4, 3, 7}
-            << QStringLiteral("The passphrase was rejected") << QStringLiteral("wpa-psk");
+            << wpa2 << psk << u"not the key"_s << QString() << QList<uint>{4, 3, 7}
+            << u"The passphrase was rejected"_s << u"wpa-psk"_s;
         QTest::newRow("silence") << 1u << 0 << QString() << QString() << QList<uint>{0, 0, 0}
-                                 << QStringLiteral("The network did not answer")
-                                 << QStringLiteral("open");
+                                 << u"The network did not answer"_s << u"open"_s;
         QTest::newRow("short passphrase")
-            << wpa2 << psk << QStringLiteral("short") << QString() << ok
-            << QStringLiteral("A WPA passphrase has 8 to 63 characters, or 64 hexadecimal digits")
-            << QString();
+            << wpa2 << psk << u"short"_s << QString() << ok
+            << u"A WPA passphrase has 8 to 63 characters, or 64 hexadecimal digits"_s << QString();
     }
 
     void join()
@@ -126,7 +120,7 @@ private Q_SLOTS:
         QFETCH(QString, expectedKeyMgmt);
 
         m.connector->setActivationTimeout(1000);
-        m.mockCall(QStringLiteral("SetOutcome"),
+        m.mockCall(u"SetOutcome"_s,
                    {outcome[0], outcome[1], outcome[2], QVariant::fromValue(100u)});
         QVariantMap parameters;
         if (!username.isEmpty()) {
@@ -141,28 +135,26 @@ private Q_SLOTS:
                  expectedError);
         QVERIFY(!m.connector->isJoining(MockDaemons::kIf));
         if (expectedKeyMgmt.isEmpty()) {
-            QCOMPARE(m.counter(QStringLiteral("addandactivate")), 0);
+            QCOMPARE(m.counter(u"addandactivate"_s), 0);
             return;
         }
         // Raw SSID bytes to NetworkManager, a name without control characters for its list.
         const QJsonObject settings = m.lastSettings();
-        QCOMPARE(settings[QStringLiteral("802-11-wireless")][QStringLiteral("ssid")].toString(),
-                 QStringLiteral("hex:636166c3a9096e6574"));
-        QCOMPARE(settings[QStringLiteral("connection")][QStringLiteral("id")].toString(),
-                 QStringLiteral("cafénet"));
-        const QJsonValue security = settings[QStringLiteral("802-11-wireless-security")];
-        const QJsonValue eap = settings[QStringLiteral("802-1x")];
-        QCOMPARE(security[QStringLiteral("key-mgmt")].toString(),
+        QCOMPARE(settings[u"802-11-wireless"_s][u"ssid"_s].toString(), u"hex:636166c3a9096e6574"_s);
+        QCOMPARE(settings[u"connection"_s][u"id"_s].toString(), u"cafénet"_s);
+        const QJsonValue security = settings[u"802-11-wireless-security"_s];
+        const QJsonValue eap = settings[u"802-1x"_s];
+        QCOMPARE(security[u"key-mgmt"_s].toString(),
                  expectedKeyMgmt == u"open" ? QString() : expectedKeyMgmt);
         if (expectedKeyMgmt == u"wpa-psk")
-            QCOMPARE(security[QStringLiteral("psk")].toString(), passphrase);
+            QCOMPARE(security[u"psk"_s].toString(), passphrase);
         if (expectedKeyMgmt == u"none")
-            QCOMPARE(security[QStringLiteral("wep-key0")].toString(), passphrase);
+            QCOMPARE(security[u"wep-key0"_s].toString(), passphrase);
         if (expectedKeyMgmt == u"wpa-eap") {
-            QCOMPARE(eap[QStringLiteral("identity")].toString(), username);
-            QCOMPARE(eap[QStringLiteral("password")].toString(), passphrase);
-            QCOMPARE(eap[QStringLiteral("eap")][0].toString(), QStringLiteral("peap"));
-            QCOMPARE(eap[QStringLiteral("phase2-auth")].toString(), QStringLiteral("mschapv2"));
+            QCOMPARE(eap[u"identity"_s].toString(), username);
+            QCOMPARE(eap[u"password"_s].toString(), passphrase);
+            QCOMPARE(eap[u"eap"_s][0].toString(), u"peap"_s);
+            QCOMPARE(eap[u"phase2-auth"_s].toString(), u"mschapv2"_s);
         }
     }
 
@@ -171,39 +163,31 @@ private Q_SLOTS:
         // A saved connection for the SSID is activated as it is when no new key is given;
         // NetworkManager's access point object is named as the specific object.
         NmSettings infrastructure;
-        infrastructure[QStringLiteral("802-11-wireless")] = {
-            {QStringLiteral("mode"), QStringLiteral("infrastructure")}};
-        const QString path = m.addSaved(QStringLiteral("Home"), "home", {}, infrastructure);
+        infrastructure[u"802-11-wireless"_s] = {{u"mode"_s, u"infrastructure"_s}};
+        const QString path = m.addSaved(u"Home"_s, "home", {}, infrastructure);
         QVERIFY(!path.isEmpty());
-        m.mockCall(QStringLiteral("AddAccessPoint"), {QStringLiteral("02:00:00:00:01:00"), 0x188u});
+        m.mockCall(u"AddAccessPoint"_s, {u"02:00:00:00:01:00"_s, 0x188u});
 
         const auto home = MockDaemons::network("home", 1u << kCWSecurityWPA2Personal, 3);
         QCOMPARE(m.join(home), QString());
-        QCOMPARE(m.mockCall(QStringLiteral("LastActivated")).toString(), path);
-        QCOMPARE(m.counter(QStringLiteral("addandactivate")), 0);
+        QCOMPARE(m.mockCall(u"LastActivated"_s).toString(), path);
+        QCOMPARE(m.counter(u"addandactivate"_s), 0);
 
         // A new passphrase replaces the saved one: same entry, same name, no second one.
-        QCOMPARE(m.join(home, {{kCWAssocKeyPassphrase, QStringLiteral("new passphrase")}}),
-                 QString());
-        QCOMPARE(m.counter(QStringLiteral("addandactivate")), 0);
-        QCOMPARE(m.mockCall(QStringLiteral("LastActivated")).toString(), path);
-        const QJsonObject updated = m.json(QStringLiteral("SavedSettingsJson"),
-                                           {QVariant::fromValue(QDBusObjectPath(path))});
-        QCOMPARE(updated[QStringLiteral("connection")][QStringLiteral("id")].toString(),
-                 QStringLiteral("Home"));
-        QCOMPARE(
-            updated[QStringLiteral("802-11-wireless-security")][QStringLiteral("psk")].toString(),
-            QStringLiteral("new passphrase"));
+        QCOMPARE(m.join(home, {{kCWAssocKeyPassphrase, u"new passphrase"_s}}), QString());
+        QCOMPARE(m.counter(u"addandactivate"_s), 0);
+        QCOMPARE(m.mockCall(u"LastActivated"_s).toString(), path);
+        const QJsonObject updated =
+            m.json(u"SavedSettingsJson"_s, {QVariant::fromValue(QDBusObjectPath(path))});
+        QCOMPARE(updated[u"connection"_s][u"id"_s].toString(), u"Home"_s);
+        QCOMPARE(updated[u"802-11-wireless-security"_s][u"psk"_s].toString(), u"new passphrase"_s);
 
         // A network without a saved connection gets a new one.
         QCOMPARE(m.join(MockDaemons::network("cafe", 1u << kCWSecurityWPA2Personal, 3),
-                        {{kCWAssocKeyPassphrase, QStringLiteral("espresso")}}),
+                        {{kCWAssocKeyPassphrase, u"espresso"_s}}),
                  QString());
-        QCOMPARE(m.counter(QStringLiteral("addandactivate")), 1);
-        QVERIFY(m.lastSettings()
-                    .value(QStringLiteral("_specific"))
-                    .toString()
-                    .contains(u"AccessPoint"));
+        QCOMPARE(m.counter(u"addandactivate"_s), 1);
+        QVERIFY(m.lastSettings().value(u"_specific"_s).toString().contains(u"AccessPoint"));
     }
 
     void adhoc_data()
@@ -214,18 +198,17 @@ private Q_SLOTS:
         QTest::addColumn<int>("expectedChannel");
         QTest::addColumn<QString>("expectedBand");
 
-        const QString party = QStringLiteral("party");
-        const QString partyHex = QStringLiteral("hex:7061727479");
+        const QString party = u"party"_s;
+        const QString partyHex = u"hex:7061727479"_s;
         QTest::newRow("open on 11") << QVariantMap{{kCWIBSSKeySSID, party}, {kCWIBSSKeyChannel, 11}}
-                                    << QString() << partyHex << 11 << QStringLiteral("bg");
-        QTest::newRow("wep key on 36")
-            << QVariantMap{{kCWIBSSKeySSID, party},
-                           {kCWIBSSKeyChannel, 36},
-                           {kCWIBSSKeyPassphrase, QStringLiteral("0123456789abc")}}
-            << QString() << partyHex << 36 << QStringLiteral("a");
+                                    << QString() << partyHex << 11 << u"bg"_s;
+        QTest::newRow("wep key on 36") << QVariantMap{{kCWIBSSKeySSID, party},
+                                                      {kCWIBSSKeyChannel, 36},
+                                                      {kCWIBSSKeyPassphrase, u"0123456789abc"_s}}
+                                       << QString() << partyHex << 36 << u"a"_s;
         QTest::newRow("wpa passphrase")
             << QVariantMap{{kCWIBSSKeySSID, party},
-                           {kCWIBSSKeyPassphrase, QStringLiteral("a long wpa passphrase")}}
+                           {kCWIBSSKeyPassphrase, u"a long wpa passphrase"_s}}
             << QStringLiteral(
                    "NetworkManager can protect an ad-hoc network only with a WEP key: 5 or "
                    "13 characters, or 10 or 26 hexadecimal digits")
@@ -241,42 +224,40 @@ private Q_SLOTS:
         QFETCH(QString, expectedBand);
 
         const CWError error = m.run([&](auto done) {
-            m.connector->enableIBSS(MockDaemons::kIf, parameters, QStringLiteral("this-host"),
-                                    done);
+            m.connector->enableIBSS(MockDaemons::kIf, parameters, u"this-host"_s, done);
         });
         QCOMPARE(error.localizedDescription(), expectedError);
         if (!error.isNull()) {
-            QCOMPARE(m.counter(QStringLiteral("addandactivate")), 0);
+            QCOMPARE(m.counter(u"addandactivate"_s), 0);
             return;
         }
-        const QJsonValue wireless = m.lastSettings()[QStringLiteral("802-11-wireless")];
-        QCOMPARE(wireless[QStringLiteral("mode")].toString(), QStringLiteral("adhoc"));
-        QCOMPARE(wireless[QStringLiteral("ssid")].toString(), expectedSsidHex);
-        QCOMPARE(wireless[QStringLiteral("channel")].toInt(), expectedChannel);
-        QCOMPARE(wireless[QStringLiteral("band")].toString(), expectedBand);
+        const QJsonValue wireless = m.lastSettings()[u"802-11-wireless"_s];
+        QCOMPARE(wireless[u"mode"_s].toString(), u"adhoc"_s);
+        QCOMPARE(wireless[u"ssid"_s].toString(), expectedSsidHex);
+        QCOMPARE(wireless[u"channel"_s].toInt(), expectedChannel);
+        QCOMPARE(wireless[u"band"_s].toString(), expectedBand);
     }
 
     void disconnectAndScan()
     {
         CWError error;
         QVERIFY(m.connector->disassociate(MockDaemons::kIf, &error));
-        QCOMPARE(m.counter(QStringLiteral("disconnect")), 1);
-        QVERIFY(!m.connector->disassociate(QStringLiteral("wlan9"), &error));
-        QCOMPARE(error.localizedDescription(),
-                 QStringLiteral("NetworkManager does not manage wlan9"));
-        QCOMPARE(m.counter(QStringLiteral("disconnect")), 1);
+        QCOMPARE(m.counter(u"disconnect"_s), 1);
+        QVERIFY(!m.connector->disassociate(u"wlan9"_s, &error));
+        QCOMPARE(error.localizedDescription(), u"NetworkManager does not manage wlan9"_s);
+        QCOMPARE(m.counter(u"disconnect"_s), 1);
 
         const QString device = m.nm->deviceForInterface(MockDaemons::kIf, nullptr);
         QVERIFY(!device.isEmpty());
         QVERIFY(m.nm->requestScan(device));
         QVERIFY(!m.nm->requestScan(device)); // rate-limited
-        QTRY_COMPARE(m.counter(QStringLiteral("scan")), 1);
+        QTRY_COMPARE(m.counter(u"scan"_s), 1);
         // "Already scanning" is no error worth reporting; requests keep going out.
         m.nm->setScanInterval(0);
-        m.mockCall(QStringLiteral("SetScanBusy"), {true});
+        m.mockCall(u"SetScanBusy"_s, {true});
         QVERIFY(m.nm->requestScan(device));
         QVERIFY(m.nm->requestScan(device));
-        QTRY_COMPARE(m.counter(QStringLiteral("scan")), 3);
+        QTRY_COMPARE(m.counter(u"scan"_s), 3);
     }
 
     void savedProfiles()
@@ -287,21 +268,17 @@ private Q_SLOTS:
             return s;
         };
         const NmSettings eap =
-            section("802-1x", {{QStringLiteral("identity"), QStringLiteral("alice")},
-                               {QStringLiteral("eap"), QStringList{QStringLiteral("peap")}}});
-        const QString wpaEap = QStringLiteral("wpa-eap");
-        m.addSaved(QStringLiteral("Work"), "corp", wpaEap, eap,
-                   section("802-1x", {{QStringLiteral("password"), QStringLiteral("s3cret")}}));
-        m.addSaved(QStringLiteral("Home"), "home", QStringLiteral("wpa-psk"), {},
-                   section("802-11-wireless-security",
-                           {{QStringLiteral("psk"), QStringLiteral("home passphrase")}}));
+            section("802-1x", {{u"identity"_s, u"alice"_s}, {u"eap"_s, QStringList{u"peap"_s}}});
+        const QString wpaEap = u"wpa-eap"_s;
+        m.addSaved(u"Work"_s, "corp", wpaEap, eap,
+                   section("802-1x", {{u"password"_s, u"s3cret"_s}}));
+        m.addSaved(u"Home"_s, "home", u"wpa-psk"_s, {},
+                   section("802-11-wireless-security", {{u"psk"_s, u"home passphrase"_s}}));
         NmSettings wired;
-        wired[QStringLiteral("connection")] = {
-            {QStringLiteral("id"), QStringLiteral("Cable")},
-            {QStringLiteral("type"), QStringLiteral("802-3-ethernet")}};
-        m.mockCall(QStringLiteral("AddSavedConnection"),
+        wired[u"connection"_s] = {{u"id"_s, u"Cable"_s}, {u"type"_s, u"802-3-ethernet"_s}};
+        m.mockCall(u"AddSavedConnection"_s,
                    {QVariant::fromValue(wired), QVariant::fromValue(NmSettings())});
-        m.addSaved(QStringLiteral("Guest"), "guest", wpaEap, eap);
+        m.addSaved(u"Guest"_s, "guest", wpaEap, eap);
 
         // Through the backend, as the join dialog asks for them; NetworkManager kept Guest's
         // secret.
@@ -314,10 +291,10 @@ private Q_SLOTS:
 
         const auto home = m.profiles->profileForSsid("home");
         QVERIFY(home && !home->user8021XProfile());
-        QCOMPARE(home->passphrase(), QStringLiteral("home passphrase"));
+        QCOMPARE(home->passphrase(), u"home passphrase"_s);
         const auto corp = m.profiles->profileForSsid("corp");
         QVERIFY(corp && corp->user8021XProfile());
-        QCOMPARE(corp->user8021XProfile()->username(), QStringLiteral("alice"));
+        QCOMPARE(corp->user8021XProfile()->username(), u"alice"_s);
         QVERIFY(!m.profiles->profileForSsid("elsewhere"));
     }
 
@@ -329,7 +306,7 @@ private Q_SLOTS:
 
         QTest::newRow("granted") << PolkitClient::networkControlAction() << true << QString();
         QTest::newRow("refused")
-            << QStringLiteral("org.example.other") << true
+            << u"org.example.other"_s << true
             << QStringLiteral(
                    "Not permitted: the system's policy does not let this user control the network");
         QTest::newRow("no polkit") << QString() << false << QString();
@@ -342,7 +319,7 @@ private Q_SLOTS:
         QFETCH(QString, expectedError);
 
         if (polkitRunning) {
-            QVERIFY(m.polkitCall(QStringLiteral("SetAllowed"), {QStringList{allowed}}));
+            QVERIFY(m.polkitCall(u"SetAllowed"_s, {QStringList{allowed}}));
         } else {
             m.stopPolkit();
             QTRY_VERIFY(!m.registered(MockDaemons::kPolkitService));
@@ -351,12 +328,11 @@ private Q_SLOTS:
         // backend keeps a granted authorization for a while).
         const auto backend = m.makeBackend();
         CWError error = m.run([&](auto done) {
-            backend->obtainAuthorizationAsync(QStringLiteral("system.preferences"), 19, done);
+            backend->obtainAuthorizationAsync(u"system.preferences"_s, 19, done);
         });
         QCOMPARE(error.localizedDescription(), expectedError);
-        QCOMPARE(
-            m.makeBackend()->obtainAuthorization(QStringLiteral("system.preferences"), 19, &error),
-            expectedError.isEmpty());
+        QCOMPARE(m.makeBackend()->obtainAuthorization(u"system.preferences"_s, 19, &error),
+                 expectedError.isEmpty());
         QCOMPARE(error.localizedDescription(), expectedError);
     }
 
@@ -367,7 +343,7 @@ private Q_SLOTS:
         m.stopNetworkManager();
         QTRY_VERIFY(!m.registered(MockDaemons::kNmService));
 
-        const QString gone = QStringLiteral("NetworkManager is not running");
+        const QString gone = u"NetworkManager is not running"_s;
         QVERIFY(!m.connector->setPower(false, &error));
         QCOMPARE(error.code(), int(kCWErrorServiceUnavailable));
         const auto x = MockDaemons::network("x");
@@ -396,16 +372,14 @@ private Q_SLOTS:
         QTest::addColumn<QString>("expectedError");
 
         const QList<uint> slowOk{2, 1, 0, 600};
-        QTest::newRow("join, slow network") << QStringLiteral("join") << 0u << slowOk << QString();
+        QTest::newRow("join, slow network") << u"join"_s << 0u << slowOk << QString();
         // The outcome signals come before the reply that names the active connection.
         QTest::newRow("join, joined before the reply")
-            << QStringLiteral("join") << 500u << QList<uint>{2, 1, 0, 50} << QString();
+            << u"join"_s << 500u << QList<uint>{2, 1, 0, 50} << QString();
         QTest::newRow("join, refused before the reply")
-            << QStringLiteral("join") << 500u << QList<uint>{4, 3, 7, 50}
-            << QStringLiteral("The passphrase was rejected");
-        QTest::newRow("saved network, slow daemon")
-            << QStringLiteral("saved") << 500u << slowOk << QString();
-        QTest::newRow("ad-hoc, slow") << QStringLiteral("adhoc") << 400u << slowOk << QString();
+            << u"join"_s << 500u << QList<uint>{4, 3, 7, 50} << u"The passphrase was rejected"_s;
+        QTest::newRow("saved network, slow daemon") << u"saved"_s << 500u << slowOk << QString();
+        QTest::newRow("ad-hoc, slow") << u"adhoc"_s << 400u << slowOk << QString();
     }
 
     void lateAnswers()
@@ -416,10 +390,10 @@ private Q_SLOTS:
         QFETCH(QString, expectedError);
 
         if (action == u"saved")
-            m.addSaved(QStringLiteral("Home"), "home");
+            m.addSaved(u"Home"_s, "home");
         m.connector->setActivationTimeout(5000);
-        m.mockCall(QStringLiteral("SetOutcome"), {outcome[0], outcome[1], outcome[2], outcome[3]});
-        m.mockCall(QStringLiteral("SetReplyDelay"), {replyDelay});
+        m.mockCall(u"SetOutcome"_s, {outcome[0], outcome[1], outcome[2], outcome[3]});
+        m.mockCall(u"SetReplyDelay"_s, {replyDelay});
 
         startTicking();
         const auto net = MockDaemons::network(action == u"saved" ? "home" : "late");
@@ -427,8 +401,7 @@ private Q_SLOTS:
         clock.start();
         const auto answer = m.start([&](auto done) {
             if (action == u"adhoc")
-                m.connector->enableIBSS(m.kIf, {{kCWIBSSKeySSID, QStringLiteral("late")}}, {},
-                                        done);
+                m.connector->enableIBSS(m.kIf, {{kCWIBSSKeySSID, u"late"_s}}, {}, done);
             else
                 m.connector->associate(m.kIf, *net, {}, done);
         });
@@ -440,8 +413,7 @@ private Q_SLOTS:
         QCOMPARE(answer->error.localizedDescription(), expectedError);
         QVERIFY2(waited >= std::min<qint64>(replyDelay, outcome[3]) - 50,
                  qPrintable(QString::number(waited)));
-        QVERIFY2(ticks >= 10,
-                 qPrintable(QStringLiteral("%1 ticks in %2 ms").arg(ticks).arg(waited)));
+        QVERIFY2(ticks >= 10, qPrintable(u"%1 ticks in %2 ms"_s.arg(ticks).arg(waited)));
         QTest::qWait(300); // later signals of the same activation change nothing
         QCOMPARE(answer->count, 1);
         QVERIFY(!m.connector->isJoining(m.kIf));
@@ -449,27 +421,27 @@ private Q_SLOTS:
 
     void oneJoinAtATime()
     {
-        m.mockCall(QStringLiteral("SetOutcome"), {2u, 1u, 0u, 600u});
+        m.mockCall(u"SetOutcome"_s, {2u, 1u, 0u, 600u});
         const auto a = MockDaemons::network("first");
         const auto b = MockDaemons::network("second");
         const auto first = m.start([&](auto done) { m.connector->associate(m.kIf, *a, {}, done); });
         const auto second =
             m.start([&](auto done) { m.connector->associate(m.kIf, *b, {}, done); });
-        const auto adhoc = m.start(
-            [&](auto done) { m.connector->enableIBSS(m.kIf, {}, QStringLiteral("host"), done); });
+        const auto adhoc =
+            m.start([&](auto done) { m.connector->enableIBSS(m.kIf, {}, u"host"_s, done); });
         for (const auto &refused : {second, adhoc}) {
             QCOMPARE(refused->count, 1);
             QCOMPARE(refused->error.localizedDescription(),
-                     QStringLiteral("wlan0 is still joining another network"));
+                     u"wlan0 is still joining another network"_s);
             QCOMPARE(refused->error.code(), int(kCWErrorBusy));
         }
         QCOMPARE(first->count, 0);
         QVERIFY(m.waitFor(first));
         QVERIFY(first->error.isNull());
-        QCOMPARE(m.counter(QStringLiteral("addandactivate")), 1);
+        QCOMPARE(m.counter(u"addandactivate"_s), 1);
         // Once it is over, the next one goes ahead.
         QCOMPARE(m.join(b), QString());
-        QCOMPARE(m.counter(QStringLiteral("addandactivate")), 2);
+        QCOMPARE(m.counter(u"addandactivate"_s), 2);
     }
 
     void daemonVanishesMidJoin_data()
@@ -483,8 +455,8 @@ private Q_SLOTS:
     {
         QFETCH(uint, replyDelay);
         m.connector->setActivationTimeout(20000);
-        m.mockCall(QStringLiteral("SetOutcome"), {0u, 0u, 0u, 0u}); // never answers
-        m.mockCall(QStringLiteral("SetReplyDelay"), {replyDelay});
+        m.mockCall(u"SetOutcome"_s, {0u, 0u, 0u, 0u}); // never answers
+        m.mockCall(u"SetReplyDelay"_s, {replyDelay});
         const auto net = MockDaemons::network("gone");
         const auto answer =
             m.start([&](auto done) { m.connector->associate(m.kIf, *net, {}, done); });
@@ -492,8 +464,7 @@ private Q_SLOTS:
         QCOMPARE(answer->count, 0);
         m.stopNetworkManager();
         QVERIFY(m.waitFor(answer, 5000));
-        QCOMPARE(answer->error.localizedDescription(),
-                 QStringLiteral("NetworkManager is not running"));
+        QCOMPARE(answer->error.localizedDescription(), u"NetworkManager is not running"_s);
         QCOMPARE(answer->error.code(), int(kCWErrorServiceUnavailable));
         QTest::qWait(200);
         QCOMPARE(answer->count, 1);
@@ -512,7 +483,7 @@ private Q_SLOTS:
             << QStringLiteral(
                    "Not permitted: the system's policy does not let this user control the network");
         QTest::newRow("nobody answers")
-            << true << -1 << QStringLiteral("Not permitted: the authorization request timed out");
+            << true << -1 << u"Not permitted: the authorization request timed out"_s;
     }
 
     void authorizationAnsweredLate()
@@ -522,10 +493,10 @@ private Q_SLOTS:
         QFETCH(QString, expectedError);
 
         QVERIFY(m.polkitCall(
-            QStringLiteral("SetAllowed"),
+            u"SetAllowed"_s,
             {QStringList{allowed ? PolkitClient::networkControlAction() : QString()}}));
         // The prompt is up; the user reads it.
-        QVERIFY(m.polkitCall(QStringLiteral("SimulateHang"), {true}));
+        QVERIFY(m.polkitCall(u"SimulateHang"_s, {true}));
         const auto backend = m.makeBackend();
         backend->setAuthorizationPromptTimeout(1000);
         startTicking();
@@ -533,14 +504,14 @@ private Q_SLOTS:
         QList<std::shared_ptr<MockDaemons::Answer>> answers;
         for (int i = 0; i < 2; ++i)
             answers.append(m.start([&](auto done) {
-                backend->obtainAuthorizationAsync(QStringLiteral("system.preferences"), 19, done);
+                backend->obtainAuthorizationAsync(u"system.preferences"_s, 19, done);
             }));
         QCOMPARE(answers[0]->count, 0);
         QCOMPARE(ticks, 0);
         if (releaseAfterMs >= 0) {
             QTest::qWait(releaseAfterMs);
             QCOMPARE(answers[0]->count, 0);
-            QVERIFY(m.polkitCall(QStringLiteral("ReleaseHangingCalls"), {}));
+            QVERIFY(m.polkitCall(u"ReleaseHangingCalls"_s, {}));
         }
         for (const auto &answer : answers) {
             QVERIFY(m.waitFor(answer, 5000));
@@ -550,7 +521,7 @@ private Q_SLOTS:
         if (expectedError.isEmpty()) {
             // Granted a moment ago: the next cycle does not ask polkit again.
             const auto again = m.start([&](auto done) {
-                backend->obtainAuthorizationAsync(QStringLiteral("system.preferences"), 19, done);
+                backend->obtainAuthorizationAsync(u"system.preferences"_s, 19, done);
             });
             QCOMPARE(again->count, 1);
             QVERIFY(again->error.isNull());
@@ -568,3 +539,5 @@ int main(int argc, char **argv)
     return MockDaemons::exec(&test, test.m, argc, argv);
 }
 #include "tst_linux_networkmanager.moc"
+
+using namespace Qt::StringLiterals;

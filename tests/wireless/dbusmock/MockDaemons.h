@@ -34,14 +34,16 @@
 #include <memory>
 #include <utility>
 
+using namespace Qt::StringLiterals; // test-only header
+
 class MockDaemons
 {
 public:
-    static inline const QString kMockIface = QStringLiteral("org.freedesktop.DBus.Mock");
-    static inline const QString kNmPath = QStringLiteral("/org/freedesktop/NetworkManager");
-    static inline const QString kNmService = QStringLiteral("org.freedesktop.NetworkManager");
-    static inline const QString kPolkitService = QStringLiteral("org.freedesktop.PolicyKit1");
-    static inline const QString kIf = QStringLiteral("wlan0");
+    static inline const QString kMockIface = u"org.freedesktop.DBus.Mock"_s;
+    static inline const QString kNmPath = u"/org/freedesktop/NetworkManager"_s;
+    static inline const QString kNmService = u"org.freedesktop.NetworkManager"_s;
+    static inline const QString kPolkitService = u"org.freedesktop.PolicyKit1"_s;
+    static inline const QString kIf = u"wlan0"_s;
 
     // What came back through one completion.
     struct Answer
@@ -59,20 +61,19 @@ public:
         const QString install =
             QStringLiteral(". Install it with:\n  sudo apt-get update && sudo apt-get install -y "
                            "--no-install-recommends dbus python3 python3-dbusmock");
-        m_busDaemon = QStandardPaths::findExecutable(QStringLiteral("dbus-daemon"));
+        m_busDaemon = QStandardPaths::findExecutable(u"dbus-daemon"_s);
         if (m_busDaemon.isEmpty())
-            return QStringLiteral("dbus-daemon is missing") + install;
-        for (const QString &candidate :
-             {QStringLiteral("/usr/bin/python3"), QStringLiteral("python3")}) {
+            return u"dbus-daemon is missing"_s + install;
+        for (const QString &candidate : {u"/usr/bin/python3"_s, u"python3"_s}) {
             QProcess probe;
-            probe.start(candidate, {QStringLiteral("-c"), QStringLiteral("import dbusmock")});
+            probe.start(candidate, {u"-c"_s, u"import dbusmock"_s});
             if (probe.waitForFinished(20000) && probe.exitStatus() == QProcess::NormalExit &&
                 probe.exitCode() == 0) {
                 m_python = candidate;
                 return {};
             }
         }
-        return QStringLiteral("python3 with dbusmock is missing") + install;
+        return u"python3 with dbusmock is missing"_s + install;
     }
 
     // Runs the test object, or skips with exit code 77 (what ctest counts as skipped) when
@@ -92,15 +93,14 @@ public:
         if (!m_dir.isValid())
             return false;
         // A session-type bus allows everything to everyone on it: all a test needs.
-        const QString socket = m_dir.filePath(QStringLiteral("bus"));
-        m_daemon.start(m_busDaemon, {QStringLiteral("--session"), QStringLiteral("--nofork"),
-                                     QStringLiteral("--nopidfile"),
-                                     QStringLiteral("--address=unix:path=") + socket});
+        const QString socket = m_dir.filePath(u"bus"_s);
+        m_daemon.start(m_busDaemon, {u"--session"_s, u"--nofork"_s, u"--nopidfile"_s,
+                                     u"--address=unix:path="_s + socket});
         if (!m_daemon.waitForStarted() || !waitUntil([&] { return QFile::exists(socket); }))
             return false;
-        m_address = QStringLiteral("unix:path=") + socket;
+        m_address = u"unix:path="_s + socket;
         m_bus = std::make_unique<QDBusConnection>(
-            QDBusConnection::connectToBus(m_address, QStringLiteral("corvane-mock-bus")));
+            QDBusConnection::connectToBus(m_address, u"corvane-mock-bus"_s));
         qDBusRegisterMetaType<NmSettings>();
         return waitUntil([&] { return m_bus->isConnected(); });
     }
@@ -110,15 +110,14 @@ public:
         if (!m_bus)
             return;
         m_bus.reset();
-        QDBusConnection::disconnectFromBus(QStringLiteral("corvane-mock-bus"));
+        QDBusConnection::disconnectFromBus(u"corvane-mock-bus"_s);
         stop(m_daemon);
     }
 
     // Both daemons, and the client objects on a fresh start.
     bool startDaemons(QObject *owner)
     {
-        if (!startNetworkManager() ||
-            !start(m_polkitMock, {QStringLiteral("-t"), QStringLiteral("polkitd")}, kPolkitService))
+        if (!startNetworkManager() || !start(m_polkitMock, {u"-t"_s, u"polkitd"_s}, kPolkitService))
             return false;
         nm = new NetworkManagerClient(*m_bus, kNmService, owner);
         profiles = new NmSavedProfiles(nm, owner);
@@ -130,9 +129,8 @@ public:
     bool startNetworkManager()
     {
         const QString nmTemplate = QString::fromUtf8(qgetenv("CORVANE_SOURCE_DIR")) +
-                                   QStringLiteral("/tests/wireless/dbusmock/networkmanager.py");
-        return QFile::exists(nmTemplate) &&
-               start(m_nmMock, {QStringLiteral("-t"), nmTemplate}, kNmService);
+                                   u"/tests/wireless/dbusmock/networkmanager.py"_s;
+        return QFile::exists(nmTemplate) && start(m_nmMock, {u"-t"_s, nmTemplate}, kNmService);
     }
     void stopNetworkManager() { stop(m_nmMock); }
     void stopPolkit() { stop(m_polkitMock); }
@@ -152,8 +150,7 @@ public:
         QString twice;
         for (const auto &answer : std::exchange(m_answers, {}))
             if (answer->count > 1)
-                twice += QStringLiteral("answered %1 times: %2; ")
-                             .arg(answer->count)
+                twice += u"answered %1 times: %2; "_s.arg(answer->count)
                              .arg(answer->error.localizedDescription());
         return twice;
     }
@@ -185,7 +182,7 @@ public:
     {
         const auto answer = start(action);
         if (!waitFor(answer, timeoutMs))
-            return CWError(-1, QStringLiteral("(no answer)"));
+            return CWError(-1, u"(no answer)"_s);
         return answer->error;
     }
 
@@ -221,8 +218,7 @@ public:
     bool polkitCall(const QString &method, const QVariantList &args) const
     {
         QDBusMessage msg = QDBusMessage::createMethodCall(
-            kPolkitService, QStringLiteral("/org/freedesktop/PolicyKit1/Authority"), kMockIface,
-            method);
+            kPolkitService, u"/org/freedesktop/PolicyKit1/Authority"_s, kMockIface, method);
         msg.setArguments(args);
         return m_bus->call(msg).type() == QDBusMessage::ReplyMessage;
     }
@@ -232,14 +228,11 @@ public:
     QString addSaved(const QString &id, const QByteArray &ssid, const QString &keyMgmt = {},
                      NmSettings settings = {}, const NmSettings &secrets = {}) const
     {
-        settings[QStringLiteral("connection")] = {
-            {QStringLiteral("id"), id},
-            {QStringLiteral("type"), QStringLiteral("802-11-wireless")}};
-        settings[QStringLiteral("802-11-wireless")].insert(QStringLiteral("ssid"), ssid);
+        settings[u"connection"_s] = {{u"id"_s, id}, {u"type"_s, u"802-11-wireless"_s}};
+        settings[u"802-11-wireless"_s].insert(u"ssid"_s, ssid);
         if (!keyMgmt.isEmpty())
-            settings[QStringLiteral("802-11-wireless-security")].insert(QStringLiteral("key-mgmt"),
-                                                                        keyMgmt);
-        return mockCall(QStringLiteral("AddSavedConnection"),
+            settings[u"802-11-wireless-security"_s].insert(u"key-mgmt"_s, keyMgmt);
+        return mockCall(u"AddSavedConnection"_s,
                         {QVariant::fromValue(settings), QVariant::fromValue(secrets)})
             .value<QDBusObjectPath>()
             .path();
@@ -249,11 +242,11 @@ public:
     {
         return QJsonDocument::fromJson(mockCall(method, args).toString().toUtf8()).object();
     }
-    QJsonObject lastSettings() const { return json(QStringLiteral("LastSettingsJson")); }
+    QJsonObject lastSettings() const { return json(u"LastSettingsJson"_s); }
 
     int counter(const QString &name) const
     {
-        return qdbus_cast<QMap<QString, int>>(mockCall(QStringLiteral("Counters"))).value(name, -1);
+        return qdbus_cast<QMap<QString, int>>(mockCall(u"Counters"_s)).value(name, -1);
     }
 
     QDBusConnection &bus() { return *m_bus; }
@@ -263,7 +256,7 @@ public:
     {
         CWNetwork::Data d;
         d.ssidData = ssid;
-        d.bssid = QStringLiteral("02:00:00:00:01:00");
+        d.bssid = u"02:00:00:00:01:00"_s;
         d.securities = securities;
         d.securityMode = mode;
         return CWNetwork::create(d);
@@ -288,12 +281,10 @@ private:
     bool start(QProcess &process, const QStringList &templateArgs, const QString &service)
     {
         QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-        env.insert(QStringLiteral("DBUS_SYSTEM_BUS_ADDRESS"), m_address);
+        env.insert(u"DBUS_SYSTEM_BUS_ADDRESS"_s, m_address);
         process.setProcessEnvironment(env);
         process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        process.start(m_python, QStringList{QStringLiteral("-m"), QStringLiteral("dbusmock"),
-                                            QStringLiteral("--system")} +
-                                    templateArgs);
+        process.start(m_python, QStringList{u"-m"_s, u"dbusmock"_s, u"--system"_s} + templateArgs);
         return process.waitForStarted() && waitUntil([&] { return registered(service); });
     }
 
