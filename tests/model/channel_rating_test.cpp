@@ -38,49 +38,29 @@ QString bestOf(int band, int width, const QList<ChannelRating::Neighbour> &n,
 }
 } // namespace
 
-TEST(ChannelRating, EveryWidthOfABandHasBlocksOfThatWidth)
-{
-    const std::pair<int, QList<int>> bands[] = {{kCWChannelBand2GHz, {20, 40}},
-                                                {kCWChannelBand5GHz, {20, 40, 80, 160}},
-                                                {kCWChannelBand6GHz, {20, 40, 80, 160, 320}}};
-    for (const auto &[band, widths] : bands) {
-        EXPECT_EQ(ChannelRating::widthsFor(band), widths);
-        for (int width : widths) {
-            const auto list = ChannelRating::candidates(band, width, {}, {});
-            EXPECT_FALSE(list.isEmpty()) << band << " " << width;
-            for (const auto &c : list)
-                EXPECT_EQ(c.widthMHz, width);
-        }
-    }
-}
-
 TEST(ChannelRating, CandidatesOfEachWidth)
 {
+    EXPECT_EQ(ChannelRating::widthsFor(kCWChannelBand2GHz), (QList<int>{20, 40}));
+    EXPECT_EQ(ChannelRating::widthsFor(kCWChannelBand6GHz), (QList<int>{20, 40, 80, 160, 320}));
     const struct
     {
-        int band;
-        int width;
-        int count;
-        const char *first;
-        const char *last;
+        int band, width, count;
+        const char *first, *last;
     } rows[] = {
-        {kCWChannelBand2GHz, 20, 13, "1", "13"},
         {kCWChannelBand2GHz, 40, 9, "1-5", "9-13"},
         {kCWChannelBand5GHz, 20, 28, "36", "177"},
         {kCWChannelBand5GHz, 80, 7, "36-48", "165-177"},
         {kCWChannelBand5GHz, 160, 3, "36-64", "149-177"},
-        {kCWChannelBand6GHz, 20, 59, "1", "233"},
         {kCWChannelBand6GHz, 320, 3, "1-61", "129-189"},
     };
     for (const auto &row : rows) {
-        SCOPED_TRACE(row.width);
         const auto list = ChannelRating::candidates(row.band, row.width, {}, {});
-        ASSERT_EQ(list.size(), row.count);
+        ASSERT_EQ(list.size(), row.count) << row.width;
         EXPECT_EQ(list.first().rangeText(), QLatin1String(row.first));
         EXPECT_EQ(list.last().rangeText(), QLatin1String(row.last));
         for (const auto &c : list) {
-            EXPECT_EQ(c.interferenceMw, 0.0);
-            EXPECT_FALSE(c.interferenceDbm());
+            EXPECT_EQ(std::tuple(c.widthMHz, c.interferenceMw, c.interferenceDbm()),
+                      std::tuple(row.width, 0.0, std::optional<double>()));
         }
     }
 }

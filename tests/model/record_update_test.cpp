@@ -1,12 +1,15 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The update step of a network record: conversions, statistics, histories and trimming.
 #include "model/NetworkObject.h"
+#include "support/DataTable.h"
 #include "support/NetworkBuilder.h"
 
 #include <gtest/gtest.h>
 
 #include <deque>
 #include <vector>
+
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -58,15 +61,14 @@ TEST(NetworkObjectUpdate, FirstUpdateSeedsStatistics)
     // Name, BSSID, texts and channel of a record are checked through its export row.
     const CWNetworkRef r = NetworkBuilder().securities({kCWSecurityWPA2Personal});
     const NetworkObjectRef rec = NetworkObject::objectWithCWNetwork(r, kT0);
-    EXPECT_EQ(rec->cwNetwork(), r);
-    EXPECT_EQ(rec->lastUpdated(), kT0);
-    EXPECT_EQ(rec->SNRs().size(), 1);
+    EXPECT_EQ(std::tuple(rec->cwNetwork(), rec->lastUpdated(), rec->SNRs().size()),
+              std::tuple(r, kT0, 1));
     EXPECT_NEAR(*rec->SNRs().first(), 40.37736, 1e-5); // stored unrounded
-    EXPECT_EQ(rec->security(), QStringLiteral("WPA2 Personal"));
-    for (double v : {rec->avgSignal(), rec->minSignal(), rec->maxSignal()})
-        EXPECT_DOUBLE_EQ(v, double(NetworkObject::signalDBIAsPercentage(-60)));
-    for (double v : {rec->avgNoise(), rec->minNoise(), rec->maxNoise()})
-        EXPECT_DOUBLE_EQ(v, double(NetworkObject::signalDBIAsPercentage(-90)));
+    const double signal = NetworkObject::signalDBIAsPercentage(-60);
+    const double noise = NetworkObject::signalDBIAsPercentage(-90);
+    EXPECT_EQ(std::tuple(rec->avgSignal(), rec->minSignal(), rec->maxSignal(), rec->avgNoise(),
+                         rec->minNoise(), rec->maxNoise()),
+              std::tuple(signal, signal, signal, noise, noise, noise));
     EXPECT_EQ(std::tuple(rec->snr(), rec->avgSNR(), rec->minSNR(), rec->maxSNR()),
               std::tuple(40, 40, 40, 40));
     EXPECT_FALSE(rec->signalQuality().has_value());
@@ -76,49 +78,26 @@ TEST(NetworkObjectUpdate, FirstUpdateSeedsStatistics)
 
 TEST(NetworkObjectUpdate, StatisticsOverWholeHistoryWithStartBounds)
 {
-    struct Row
-    {
-        const char *what;
+    auto fraction = [](const QString &dbm) {
+        return double(NetworkObject::signalDBIAsPercentage(dbm.toLongLong()));
+    };
+    for (const DataRow &row : readTable("statistics")) {
+        SCOPED_TRACE(row["what"].toStdString());
         std::vector<Sample> samples;
-        double maxSignal, minSignal, maxNoise, minNoise;
-        qint64 avgSNR, minSNR, maxSNR;
-    };
-    const double f60 = NetworkObject::signalDBIAsPercentage(-60);
-    const double f59 = NetworkObject::signalDBIAsPercentage(-59);
-    const double f90 = NetworkObject::signalDBIAsPercentage(-90);
-    const double f107 = NetworkObject::signalDBIAsPercentage(-107);
-    const double f108 = NetworkObject::signalDBIAsPercentage(-108);
-    const double f250 = NetworkObject::signalDBIAsPercentage(-250);
-    const double fPlus10 = NetworkObject::signalDBIAsPercentage(10);
-    const double f20 = NetworkObject::signalDBIAsPercentage(20);
-    const Row rows[] = {
-        // SNR 40.38 and 41.32: the integer mean truncates to 40.
-        {"integer mean", {{-60, -90}, {-59, -90}}, f59, f60, f90, f90, 40, 40, 41},
-        // SNR -3.96 and -4.91 read as -3 and -4; the mean -3.5 truncates toward zero.
-        {"negative SNR", {{-107, -90}, {-108, -90}}, 0.0, f108, f90, f90, -3, -4, -3},
-        // Every signal below -106 dBm: maxSignal keeps its floor 0.0; SNR -138 keeps
-        // maxSNR at its floor -100.
-        {"below floors", {{-250, -90}}, 0.0, f250, f90, f90, -138, -138, -100},
-        // Noise above 0 dBm passes the noise floor but not the ceiling of minNoise.
-        {"noise above 1", {{-60, 10}}, f60, f60, fPlus10, 1.0, 21, 21, 21},
-        // SNR 118.9 stays above the ceiling of minSNR.
-        {"SNR above 100", {{20, -106}}, f20, 1.0, 0.0, 0.0, 118, 100, 118},
-        {"mixed", {{-60, -90}, {-107, -90}, {-59, -90}}, f59, f107, f90, f90, 26, -3, 41},
-    };
-    for (const Row &row : rows) {
-        SCOPED_TRACE(row.what);
-        const NetworkObjectRef rec = recordFrom(row.samples);
         double sum = 0.0;
-        for (const Sample &s : row.samples)
-            sum += double(NetworkObject::signalDBIAsPercentage(s.rssi));
-        EXPECT_DOUBLE_EQ(rec->avgSignal(), sum / double(row.samples.size()));
-        EXPECT_DOUBLE_EQ(rec->maxSignal(), row.maxSignal);
-        EXPECT_DOUBLE_EQ(rec->minSignal(), row.minSignal);
-        EXPECT_DOUBLE_EQ(rec->maxNoise(), row.maxNoise);
-        EXPECT_DOUBLE_EQ(rec->minNoise(), row.minNoise);
-        EXPECT_EQ(rec->avgSNR(), row.avgSNR);
-        EXPECT_EQ(rec->minSNR(), row.minSNR);
-        EXPECT_EQ(rec->maxSNR(), row.maxSNR);
+        for (const QString &pair : row["samples"].split(u' ')) {
+            samples.push_back(
+                {pair.section(u'/', 0, 0).toLongLong(), pair.section(u'/', 1, 1).toLongLong()});
+            sum += fraction(pair.section(u'/', 0, 0));
+        }
+        const NetworkObjectRef rec = recordFrom(samples);
+        EXPECT_DOUBLE_EQ(rec->avgSignal(), sum / double(samples.size()));
+        EXPECT_EQ(std::tuple(rec->maxSignal(), rec->minSignal(), rec->maxNoise(), rec->minNoise()),
+                  std::tuple(fraction(row["maxSignal"]), fraction(row["minSignal"]),
+                             fraction(row["maxNoise"]), fraction(row["minNoise"])));
+        EXPECT_EQ(QList<qint64>({rec->avgSNR(), rec->minSNR(), rec->maxSNR()}),
+                  QList<qint64>({row["avgSNR"].toLongLong(), row["minSNR"].toLongLong(),
+                                 row["maxSNR"].toLongLong()}));
     }
 }
 
@@ -136,27 +115,6 @@ TEST(NetworkObjectUpdate, CurrentValuesTruncateStoredSNR)
     }
 }
 
-TEST(NetworkObjectHistory, KeepsTheLatest301Updates)
-{
-    // The first update is an outlier at 0 dBm; once trimmed away, the maximum drops.
-    std::vector<Sample> samples{{0, -90}};
-    for (int i = 0; i < 301; ++i)
-        samples.push_back({-60 - (i % 3), -90});
-    const NetworkObjectRef rec = recordFrom(samples);
-    for (qsizetype size : {rec->signals().size(), rec->noises().size(), rec->SNRs().size()})
-        ASSERT_EQ(size, NetworkObject::kHistoryCapacity);
-    EXPECT_FLOAT_EQ(*rec->signals().first(), NetworkObject::signalDBIAsPercentage(-60));
-    EXPECT_DOUBLE_EQ(rec->maxSignal(), double(NetworkObject::signalDBIAsPercentage(-60)));
-    EXPECT_DOUBLE_EQ(rec->minSignal(), double(NetworkObject::signalDBIAsPercentage(-62)));
-
-    // 100 more updates: still 301, the oldest left is update 102 (index 101).
-    for (int i = 0; i < 100; ++i)
-        rec->updateWithCWNetwork(NetworkBuilder().rssi(-40 - i), kT0.addSecs(1000 + i));
-    EXPECT_EQ(rec->signals().size(), NetworkObject::kHistoryCapacity);
-    EXPECT_FLOAT_EQ(*rec->signals().first(), NetworkObject::signalDBIAsPercentage(-60 - (100 % 3)));
-    EXPECT_FLOAT_EQ(*rec->signals().last(), NetworkObject::signalDBIAsPercentage(-139));
-}
-
 TEST(NetworkObjectHistory, AbsentResultLeavesGapsAndKeepsStatistics)
 {
     const CWNetworkRef first = NetworkBuilder().rssi(-60);
@@ -164,14 +122,12 @@ TEST(NetworkObjectHistory, AbsentResultLeavesGapsAndKeepsStatistics)
     const double avg = rec->avgSignal();
 
     EXPECT_EQ(rec->updateWithCWNetwork(nullptr, kT0.addSecs(5)), rec.get());
-    for (qsizetype size : {rec->signals().size(), rec->noises().size(), rec->SNRs().size()})
-        EXPECT_EQ(size, 2);
+    EXPECT_EQ(std::tuple(rec->signals().size(), rec->noises().size(), rec->SNRs().size()),
+              std::tuple(2, 2, 2));
     EXPECT_FALSE(rec->signals().last() || rec->noises().last() || rec->SNRs().last());
-    EXPECT_FALSE(rec->name().has_value()); // cleared on purpose
-    EXPECT_EQ(rec->cwNetwork(), first);    // kept
-    EXPECT_EQ(rec->avgSignal(), avg);
-    EXPECT_EQ(rec->lastUpdated(), kT0);
-    EXPECT_EQ(rec->bssid(), QStringLiteral("00:11:22:33:44:55"));
+    EXPECT_FALSE(rec->name().has_value()); // cleared on purpose; the rest is kept
+    EXPECT_EQ(std::tuple(rec->cwNetwork(), rec->avgSignal(), rec->lastUpdated(), rec->bssid()),
+              std::tuple(first, avg, kT0, u"00:11:22:33:44:55"_s));
 
     // The gap is skipped by the next recomputation.
     rec->updateWithCWNetwork(NetworkBuilder().rssi(-50), kT0.addSecs(10));
@@ -208,16 +164,17 @@ TEST(NetworkObjectHistory, GapsKeepTheirPlaceOverManyLapsOfTheRing)
         const QList<LevelSample> signals = rec->signals().toList();
         ASSERT_EQ(signals, QList<LevelSample>(expected.begin(), expected.end())) << "update " << i;
         ASSERT_EQ(rec->SNRs().size(), signals.size());
-        double sum = 0.0, low = 1.0;
+        double sum = 0.0, low = 1.0, high = 0.0;
         int count = 0;
         for (const LevelSample &s : expected) {
             if (s) {
                 sum += double(*s);
                 low = std::min(low, double(*s));
+                high = std::max(high, double(*s));
                 ++count;
             }
         }
         EXPECT_DOUBLE_EQ(rec->avgSignal(), sum / count) << "update " << i;
-        EXPECT_DOUBLE_EQ(rec->minSignal(), low) << "update " << i;
+        EXPECT_EQ(std::pair(rec->minSignal(), rec->maxSignal()), std::pair(low, high)) << i;
     }
 }

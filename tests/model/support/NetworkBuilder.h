@@ -51,6 +51,7 @@ public:
         return *this;
     }
 
+    CWNetwork::Data &data() { return d; }
     CWNetworkRef build() const { return CWNetwork::create(d); }
     operator CWNetworkRef() const { return build(); }
 
