@@ -1,16 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "support/FakeBackend.h"
 
-bool FakeBackend::obtainAuthorization(const QString &, quint32, CWError *error)
-{
-    ++authorizationCount;
-    if (refuseAuthorization) {
-        CWError::set(error, kCWErrorNotPermitted, QStringLiteral("Not permitted"));
-        return false;
-    }
-    return true;
-}
-
 QList<CWNetworkRef> FakeBackend::scanForNetworks(const QString &, const QVariantMap &parameters,
                                                  CWError *error)
 {
@@ -22,41 +12,31 @@ QList<CWNetworkRef> FakeBackend::scanForNetworks(const QString &, const QVariant
         CWError::set(error, kCWErrorBusy, QStringLiteral("The radio is busy"));
         return {};
     }
-    if (scans.isEmpty())
-        return {};
-    return scans.size() > 1 ? scans.takeFirst() : scans.constFirst();
+    // The lists in turn, the last one repeating.
+    return scans.size() > 1 ? scans.takeFirst() : scans.value(0);
 }
 
 bool FakeBackend::setPower(const QString &, bool on, CWError *error)
 {
     powerRequests.append(on);
-    if (refusePower) {
+    if (refusePower)
         CWError::set(error, kCWErrorNotPermitted, QStringLiteral("Not permitted: power"));
-        return false;
-    }
-    power = on;
-    return true;
+    else
+        power = on;
+    return !refusePower;
 }
 
 bool FakeBackend::setChannel(const QString &, quint64 wanted, CWError *error)
 {
     channelRequests.append(wanted);
-    if (!channels.contains(qint64(wanted))) {
+    const bool ok = channels.contains(qint64(wanted));
+    if (ok)
+        channel = CWChannel(qint64(wanted), wanted > 14 ? kCWChannelBand5GHz : kCWChannelBand2GHz,
+                            kCWChannelWidth20MHz);
+    else
         CWError::set(error, kCWErrorInvalidParameter,
                      QStringLiteral("Channel %1 is not supported").arg(wanted));
-        return false;
-    }
-    channel = CWChannel(qint64(wanted), wanted > 14 ? kCWChannelBand5GHz : kCWChannelBand2GHz,
-                        kCWChannelWidth20MHz);
-    return true;
-}
-
-void FakeBackend::disassociate(const QString &)
-{
-    ++disassociateCount;
-    currentBssid.reset();
-    currentSsid.reset();
-    state = kCWInterfaceStateInactive;
+    return ok;
 }
 
 bool FakeBackend::associateToNetwork(const QString &, const CWNetworkRef &network,
@@ -69,15 +49,8 @@ bool FakeBackend::associateToNetwork(const QString &, const CWNetworkRef &networ
                      QStringLiteral("The passphrase was rejected"));
         return false;
     }
-    currentBssid = network->bssid();
-    currentSsid = network->ssid();
-    state = kCWInterfaceStateRunning;
-    return true;
-}
-
-bool FakeBackend::enableIBSS(const QString &, const QVariantMap &parameters, CWError *)
-{
-    ibssParameters.append(parameters);
+    std::tie(currentBssid, currentSsid, state) =
+        std::tuple(network->bssid(), network->ssid(), kCWInterfaceStateRunning);
     return true;
 }
 
@@ -110,30 +83,11 @@ CWNetworkRef FakeBackend::secured(const QString &bssid, const QString &ssid, int
 
 void FakeBackend::obtainAuthorizationAsync(const QString &right, quint32 flags, Completion done)
 {
-    if (!deferAnswers) {
-        WirelessBackend::obtainAuthorizationAsync(right, flags, std::move(done));
-        return;
-    }
-    deferred.append([this, right, flags, done = std::move(done)] {
-        WirelessBackend::obtainAuthorizationAsync(right, flags, done);
-    });
+    later([=, this] { WirelessBackend::obtainAuthorizationAsync(right, flags, done); });
 }
 
 void FakeBackend::associateToNetworkAsync(const QString &name, const CWNetworkRef &network,
                                           const QVariantMap &parameters, Completion done)
 {
-    if (!deferAnswers) {
-        WirelessBackend::associateToNetworkAsync(name, network, parameters, std::move(done));
-        return;
-    }
-    deferred.append([this, name, network, parameters, done = std::move(done)] {
-        WirelessBackend::associateToNetworkAsync(name, network, parameters, done);
-    });
-}
-
-void FakeBackend::answerDeferred()
-{
-    const QList<std::function<void()>> answers = std::exchange(deferred, {});
-    for (const auto &answer : answers)
-        answer();
+    later([=, this] { WirelessBackend::associateToNetworkAsync(name, network, parameters, done); });
 }

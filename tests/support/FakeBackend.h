@@ -14,9 +14,15 @@ class FakeBackend final : public WirelessBackend
     Q_OBJECT
 public:
     QString backendName() const override { return QStringLiteral("fake"); }
-    QStringList interfaceNames() const override { return names; }
+    QStringList interfaceNames() const override { return {QStringLiteral("wlan0")}; }
     QList<CW8021XProfileRef> allUser8021XProfiles() const override { return profiles; }
-    bool obtainAuthorization(const QString &right, quint32 flags, CWError *error) override;
+    bool obtainAuthorization(const QString &, quint32, CWError *error) override
+    {
+        ++authorizationCount;
+        if (refuseAuthorization)
+            CWError::set(error, kCWErrorNotPermitted, QStringLiteral("Not permitted"));
+        return !refuseAuthorization;
+    }
 
     bool powerOn(const QString &) const override { return power; }
     std::optional<QString> ssid(const QString &) const override { return currentSsid; }
@@ -24,29 +30,49 @@ public:
     qint64 security(const QString &) const override { return 0; }
     qint64 rssiValue(const QString &) const override { return rssi; }
     qint64 noiseMeasurement(const QString &) const override { return noise; }
-    double transmitRate(const QString &) const override { return rate; }
-    qint64 transmitPower(const QString &) const override { return txPower; }
+    double transmitRate(const QString &) const override { return 144.5; }
+    qint64 transmitPower(const QString &) const override { return 31; }
     std::optional<QString> countryCode(const QString &) const override { return country; }
     QList<qint64> supportedChannels(const QString &) const override { return channels; }
     std::optional<CWChannel> wlanChannel(const QString &) const override { return channel; }
     std::optional<int> interfaceState(const QString &) const override { return state; }
     std::optional<int> opMode(const QString &) const override { return mode; }
-    bool serviceActive(const QString &) const override { return active; }
+    bool serviceActive(const QString &) const override { return false; }
 
     QList<CWNetworkRef> scanForNetworks(const QString &name, const QVariantMap &parameters,
                                         CWError *error) override;
     bool setPower(const QString &name, bool on, CWError *error) override;
     bool setChannel(const QString &name, quint64 channel, CWError *error) override;
-    void disassociate(const QString &name) override;
+    void disassociate(const QString &) override
+    {
+        ++disassociateCount;
+        std::tie(currentBssid, currentSsid, state) =
+            std::tuple(std::nullopt, std::nullopt, kCWInterfaceStateInactive);
+    }
     bool associateToNetwork(const QString &name, const CWNetworkRef &network,
                             const QVariantMap &parameters, CWError *error) override;
-    bool enableIBSS(const QString &name, const QVariantMap &parameters, CWError *error) override;
+    bool enableIBSS(const QString &, const QVariantMap &parameters, CWError *) override
+    {
+        ibssParameters.append(parameters);
+        return true;
+    }
     // With `deferAnswers`, authorizations and joins are answered only by answerDeferred(),
     // as a daemon that takes its time would.
     void obtainAuthorizationAsync(const QString &right, quint32 flags, Completion done) override;
     void associateToNetworkAsync(const QString &name, const CWNetworkRef &network,
                                  const QVariantMap &parameters, Completion done) override;
-    void answerDeferred();
+    void answerDeferred()
+    {
+        for (const auto &answer : std::exchange(deferred, {}))
+            answer();
+    }
+    void later(std::function<void()> answer)
+    {
+        if (deferAnswers)
+            deferred.append(std::move(answer));
+        else
+            answer();
+    }
     bool deferAnswers = false;
     QList<std::function<void()>> deferred;
 
@@ -57,20 +83,16 @@ public:
     static CWNetworkRef secured(const QString &bssid, const QString &ssid, int security,
                                 int securityMode, CWWirelessProfileRef profile = nullptr);
 
-    QStringList names{QStringLiteral("wlan0")};
     bool power = true;
     std::optional<QString> currentSsid;
     std::optional<QString> currentBssid;
     qint64 rssi = -55;
     qint64 noise = -92;
-    double rate = 144.5;
-    qint64 txPower = 31;
     std::optional<QString> country = QStringLiteral("DE");
     QList<qint64> channels{1, 6, 11, 36};
     std::optional<CWChannel> channel = CWChannel(6, kCWChannelBand2GHz, kCWChannelWidth20MHz);
     std::optional<int> state = kCWInterfaceStateRunning;
     std::optional<int> mode = kCWOpModeStation;
-    bool active = false;
 
     // Scans hand out these lists in turn (the last one repeats); empty: no networks.
     QList<QList<CWNetworkRef>> scans;
