@@ -31,7 +31,6 @@ struct FakePlotDelegate : PlotDelegate
     CWInterfaceRef currentInterface() const override { return interface; }
     qint64 numberOfDatas() const override { return datas; }
     qint64 numberOfTopNetworks() const override { return top; }
-    void associate(const std::optional<QString> &bssid) { backend->currentBssid = bssid; }
     NetworkObjectRef add(const QString &bssid, const std::optional<QString> &name, double signal,
                          const QDateTime &updated = QDateTime())
     {
@@ -56,11 +55,9 @@ protected:
     const QDateTime m_now = m_clock.currentDateTime();
     FakePlotDelegate m_delegate;
 
-    void addNetworks(int count, const char *bssid, const char *name, double signal,
-                     const QDateTime &updated = QDateTime())
+    void addNetworks(int count, double signal)
     {
         for (int i = 0; i < count; ++i)
-            m_delegate.add(QString::fromLatin1(bssid).arg(i), QString::fromLatin1(name).arg(i),
-                           signal, updated);
+            m_delegate.add(QStringLiteral("n%1").arg(i), QStringLiteral("Net %1").arg(i), signal);
     }
 };
