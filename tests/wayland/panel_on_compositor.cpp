@@ -5,14 +5,9 @@
 // weston's own screenshot, by the panel's green swatch); moving onto the panel or leaving
 // the window hides it. Pointer moves enter Qt through its window-system event path
 // (QTest::mouseMove on the window), as the compositor's pointer events do.
-#include "app/AppDelegate.h"
 #include "app/SegmentedControl.h"
-#include "prefs/PreferenceStore.h"
-#include "util/Clock.h"
+#include "app/support/AppHarness.h"
 #include "util/GeometryUtil.h"
-#include "util/RandomSource.h"
-#include "util/StreamAlertPresenter.h"
-#include "wireless/WirelessBackend.h"
 #include "wireless/simulated/SimulatedBackend.h"
 
 #include <QApplication>
@@ -21,13 +16,9 @@
 #include <QMainWindow>
 #include <QProcess>
 #include <QScreen>
-#include <QSettings>
 #include <QTableView>
-#include <QTemporaryDir>
 #include <QWindow>
 #include <QtTest>
-
-#include <memory>
 
 class TestPanelOnCompositor : public QObject
 {
@@ -36,20 +27,15 @@ private Q_SLOTS:
     void initTestCase();
     void cleanupTestCase();
     void hoverShowsThePanelWhereComputed();
-    void movingOntoThePanelHidesIt();
-    void leavingTheWindowHidesIt();
+    void movingOntoThePanelOrLeavingHidesIt();
 
 private:
     QPoint rowPointInWindow(int row) const;
     void hover(const QPoint &inWindow);
     QImage compositorScreenshot();
 
-    QTemporaryDir m_settings;
-    std::unique_ptr<ManualClock> m_clock;
-    std::unique_ptr<SeededRandomSource> m_random;
-    std::unique_ptr<PreferenceStore> m_preferences;
-    std::unique_ptr<StreamAlertPresenter> m_alerts;
-    std::unique_ptr<AppDelegate> m_app;
+    std::unique_ptr<AppHarness> m_harness; // settings, clock, random source and alerts
+    AppDelegate *m_app = nullptr;
     QMainWindow *m_window = nullptr;
     QTableView *m_table = nullptr;
 };
@@ -57,22 +43,10 @@ private:
 void TestPanelOnCompositor::initTestCase()
 {
     QCOMPARE(QGuiApplication::platformName(), QStringLiteral("wayland"));
-    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, m_settings.path());
-    m_clock = std::make_unique<ManualClock>(QDateTime(QDate(2026, 11, 23), QTime(12, 0), Qt::UTC));
-    Clock::setInstance(m_clock.get());
-    m_random = std::make_unique<SeededRandomSource>(3);
-    RandomSource::setInstance(m_random.get());
+    m_harness = std::make_unique<AppHarness>();
     WirelessBackend::setCurrent(SimulatedBackend::createDefault(5));
-    m_preferences = std::make_unique<PreferenceStore>();
-    m_preferences->setUpdateInterval(1);
-    m_alerts = std::make_unique<StreamAlertPresenter>(false);
-
-    AppDelegate::Options options;
-    options.alerts = m_alerts.get();
-    options.preferences = m_preferences.get();
-    options.runStartupProbe = false;
-    options.startTimer = false;
-    m_app = std::make_unique<AppDelegate>(options);
+    m_harness->preferences->setUpdateInterval(1);
+    m_app = &m_harness->restart();
     m_app->setDetailPanelDelays(150, 60000);
     m_window = m_app->window();
     // Full screen, so that the compositor puts the main window at the output's top-left
@@ -81,7 +55,7 @@ void TestPanelOnCompositor::initTestCase()
     QVERIFY(QTest::qWaitForWindowExposed(m_window));
     m_app->applicationDidFinishLaunching();
     for (int second = 0; second < 10; ++second) {
-        m_clock->advance(1000);
+        m_harness->clock.advance(1000);
         m_app->updateData();
     }
     auto *segments = m_window->findChild<SegmentedControl *>(QStringLiteral("segmentedControl"));
@@ -95,10 +69,7 @@ void TestPanelOnCompositor::initTestCase()
 
 void TestPanelOnCompositor::cleanupTestCase()
 {
-    m_app.reset();
-    WirelessBackend::setCurrent(nullptr);
-    RandomSource::setInstance(nullptr);
-    Clock::setInstance(nullptr);
+    m_harness.reset();
 }
 
 QPoint TestPanelOnCompositor::rowPointInWindow(int row) const
@@ -173,15 +144,10 @@ void TestPanelOnCompositor::hoverShowsThePanelWhereComputed()
                 found |= QRect(x, y, 1, 1);
         }
     }
-    qInfo("pointer in window (%d, %d); panel at (%d, %d) relative to the window; swatch "
-          "expected at (%d, %d) %dx%d, found at (%d, %d) %dx%d on the %dx%d screenshot",
-          pointer.x(), pointer.y(), offset.x(), offset.y(), want.x(), want.y(), want.width(),
-          want.height(), found.x(), found.y(), found.width(), found.height(), shot.width(),
-          shot.height());
     QCOMPARE(found, want);
 }
 
-void TestPanelOnCompositor::movingOntoThePanelHidesIt()
+void TestPanelOnCompositor::movingOntoThePanelOrLeavingHidesIt()
 {
     QWidget *panel = m_app->detailPanel();
     if (!panel->isVisible()) {
@@ -193,19 +159,14 @@ void TestPanelOnCompositor::movingOntoThePanelHidesIt()
     QTRY_VERIFY(!panel->isVisible());
     QCOMPARE(m_app->lastMoveOnRow(), AppDelegate::kNoRow);
     QVERIFY(!m_app->showDetailTimer());
-}
 
-void TestPanelOnCompositor::leavingTheWindowHidesIt()
-{
-    QWidget *panel = m_app->detailPanel();
+    // What Qt delivers when the compositor reports that the pointer left the surface: a
+    // shown panel hides, a pending show is cancelled.
     hover(rowPointInWindow(4));
     QTRY_VERIFY(panel->isVisible());
-    // What Qt delivers when the compositor reports that the pointer left the surface.
     QEvent leave(QEvent::Leave);
     QApplication::sendEvent(m_window, &leave);
     QVERIFY(!panel->isVisible());
-    QCOMPARE(m_app->lastMoveOnRow(), AppDelegate::kNoRow);
-    // A pending show is cancelled too.
     hover(rowPointInWindow(2));
     QVERIFY(m_app->showDetailTimer());
     QApplication::sendEvent(m_window, &leave);
