@@ -20,6 +20,7 @@ struct PanelFixture
 {
     AppHarness h;
     QTableView *table = nullptr;
+    quint64 stamp = 1000;
 
     PanelFixture()
     {
@@ -41,25 +42,23 @@ struct PanelFixture
         segments->setSelectedSegment(segment);
         h.app().changeTabView(segments);
     }
-    QPointF rowPoint(int row) const
+    // A move over the table at `row` (4: the empty space below the rows) as the window system
+    // delivers it, through the application's event filter; `buttons` held make it a drag.
+    void moveToRow(int row, Qt::MouseButtons buttons = Qt::NoButton)
     {
-        const int y = table->rowViewportPosition(row) + table->rowHeight(row) / 2;
-        return QPointF(table->viewport()->mapToGlobal(QPoint(30, y)));
-    }
-    // A move as the window system delivers it, through the application's event filter.
-    void moveOnTable(const QPointF &global)
-    {
-        QCursor::setPos(global.toPoint());
-        // Moving the cursor queues the platform's own move event; let it pass first.
-        QCoreApplication::processEvents();
-        QWidget *viewport = table->viewport();
-        const QPointF local = viewport->mapFromGlobal(global);
-        QMouseEvent move(QEvent::MouseMove, local, global, Qt::NoButton, Qt::NoButton,
-                         Qt::NoModifier);
+        const int y = row < 4 ? table->rowViewportPosition(row) + table->rowHeight(row) / 2
+                              : table->rowViewportPosition(3) + 3 * table->rowHeight(3);
+        const QPointF global(table->viewport()->mapToGlobal(QPoint(30, y)));
+        if (!buttons) {
+            QCursor::setPos(global.toPoint());
+            // Moving the cursor queues the platform's own move event; let it pass first.
+            QCoreApplication::processEvents();
+        }
+        QMouseEvent move(QEvent::MouseMove, table->viewport()->mapFromGlobal(global), global,
+                         Qt::NoButton, buttons, Qt::NoModifier);
         move.setTimestamp(++stamp);
-        QApplication::sendEvent(viewport, &move);
+        QApplication::sendEvent(table->viewport(), &move);
     }
-    void moveToRow(int row) { moveOnTable(rowPoint(row)); }
     bool panelVisible() const { return h.app().detailPanel()->isVisible(); }
     bool showPending() const
     {
@@ -69,12 +68,6 @@ struct PanelFixture
     {
         return h.app().detailPanel()->findChild<QLabel *>(QLatin1String(name))->text();
     }
-    QPoint belowTheRows() const
-    {
-        return table->viewport()->mapToGlobal(
-            QPoint(30, table->rowViewportPosition(3) + 3 * table->rowHeight(3)));
-    }
-    quint64 stamp = 1000;
 };
 } // namespace
 
@@ -86,7 +79,6 @@ private Q_SLOTS:
     {
         PanelFixture f;
         // The first hover on row 0 loads nothing: row 0 counts as the last row already.
-        QCOMPARE(f.h.app().lastMoveOnRow(), quint64(0));
         f.moveToRow(0);
         QVERIFY(f.showPending());
         QVERIFY(f.h.app().detailNetworkBssid().isEmpty());
@@ -97,16 +89,14 @@ private Q_SLOTS:
         // Another row hides the panel at once and shows it again after the delay.
         f.moveToRow(2);
         QVERIFY(!f.panelVisible());
-        QVERIFY(f.showPending());
         QCOMPARE(f.h.app().lastMoveOnRow(), quint64(2));
-        QCOMPARE(f.h.app().detailNetworkBssid(), "00:00:00:00:00:02");
         QTRY_VERIFY(f.panelVisible());
         QCOMPARE(f.h.app().detailPanel()->windowTitle(), "Detail ( SSID: Net 2 )");
-        QCOMPARE(f.field("detailTitleLabel"), "Detail ( SSID: Net 2 )");
-        const QStringList fields = {
-            f.field("bssidField"),  f.field("channelField"),   f.field("bandField"),
-            f.field("signalField"), f.field("noiseAvgField"),  f.field("snrField"),
-            f.field("snrAvgField"), f.field("signalMaxField"), f.field("signalQualityField")};
+        QStringList fields;
+        for (const char *name :
+             {"bssidField", "channelField", "bandField", "signalField", "noiseAvgField", "snrField",
+              "snrAvgField", "signalMaxField", "signalQualityField"})
+            fields << f.field(name);
         QCOMPARE(fields, (QStringList{"00:00:00:00:00:02", "6", "2.4GHz", "43%", "15%", "40dB",
                                       "40dB", "43%", "Good"}));
         // The panel sits 17 points below the pointer, its left edge at the pointer.
@@ -114,69 +104,19 @@ private Q_SLOTS:
 
         // The same row: it stays, only the hide timer restarts.
         f.moveToRow(2);
-        QVERIFY(f.panelVisible());
-        QVERIFY(!f.showPending());
-        f.moveToRow(3);
-        QVERIFY(!f.panelVisible());
-        QTRY_VERIFY(f.panelVisible());
-        QCOMPARE(f.field("bssidField"), "00:00:00:00:00:03");
+        QVERIFY(f.panelVisible() && !f.showPending());
+        // Other tabs change nothing.
+        f.selectSegment(0);
+        f.h.app().mouseMoved(f.h.app().window(), QPointF(QCursor::pos()));
+        QVERIFY(f.panelVisible() && !f.showPending());
+        f.selectSegment(5);
 
         // Empty table space below the rows hides it and arms nothing.
         const QPointer<QTimer> hide = f.h.app().hideDetailTimer();
-        f.moveOnTable(f.belowTheRows());
-        QVERIFY(!f.panelVisible());
-        QVERIFY(!f.showPending());
+        f.moveToRow(4);
+        QVERIFY(!f.panelVisible() && !f.showPending());
         QCOMPARE(f.h.app().hideDetailTimer(), hide.data()); // not re-armed
-        QCOMPARE(f.h.app().lastMoveOnRow(), quint64(3));
-    }
-    void panelOrWindowLeftHidesIt()
-    {
-        PanelFixture f;
-        f.moveToRow(1);
-        QTRY_VERIFY(f.panelVisible());
-        auto *label = f.h.app().detailPanel()->findChild<QLabel *>("bssidField");
-        QMouseEvent onPanel(QEvent::MouseMove, QPointF(2, 2), label->mapToGlobal(QPointF(2, 2)),
-                            Qt::NoButton, Qt::NoButton, Qt::NoModifier);
-        onPanel.setTimestamp(5000);
-        QApplication::sendEvent(label, &onPanel);
-        QVERIFY(!f.panelVisible());
-        QCOMPARE(f.h.app().lastMoveOnRow(), AppDelegate::kNoRow);
-        // Back on the same row counts as new: the network is loaded again.
-        f.moveToRow(1);
-        QVERIFY(f.showPending());
-
-        QEvent leave(QEvent::Leave);
-        QApplication::sendEvent(f.h.app().window(), &leave);
-        QVERIFY(!f.showPending());
-        QCOMPARE(f.h.app().lastMoveOnRow(), AppDelegate::kNoRow);
-        QTest::qWait(2 * kShowMs);
-        QVERIFY(!f.panelVisible());
-    }
-    void otherTabsChangeNothing()
-    {
-        PanelFixture f;
-        f.moveToRow(2);
-        QTRY_VERIFY(f.panelVisible());
-        f.selectSegment(0);
-        f.h.app().mouseMoved(f.h.app().window(), QPointF(QCursor::pos()));
-        QVERIFY(f.panelVisible());
-        QVERIFY(!f.showPending());
-        QCOMPARE(f.h.app().detailNetworkBssid(), "00:00:00:00:00:02");
-    }
-    void placementStaysOnTheScreen()
-    {
-        PanelFixture f;
-        const QSize screen = f.h.app().window()->screen()->geometry().size();
-        const QSize panel = f.h.app().detailPanel()->frameGeometry().size();
-        // The pointer position comes from the last move over the main window.
-        QWidget *window = f.h.app().window();
-        f.h.app().mouseMoved(window, QPointF(screen.width() - 5, screen.height() - 5));
-        f.h.app().calcDetailPanelLocation();
-        QCOMPARE(f.h.app().detailPanelLocation(),
-                 QPointF(screen.width() - panel.width(), screen.height() - panel.height()));
-        f.h.app().mouseMoved(window, QPointF(-40, 10));
-        f.h.app().calcDetailPanelLocation();
-        QCOMPARE(f.h.app().detailPanelLocation(), QPointF(0, 27));
+        QCOMPARE(f.h.app().lastMoveOnRow(), quint64(2));
     }
     void mapIconsShowThePanelAndAnEmptyBssidReArms()
     {
@@ -201,62 +141,50 @@ private Q_SLOTS:
         moveToIcon(strong);
         QCOMPARE(f.h.app().detailNetworkBssid(), strong);
         QTRY_VERIFY(f.panelVisible());
-        moveToIcon(strong);
-        QVERIFY(f.panelVisible()); // the same network: it stays
-
         // A network whose BSSID is empty counts as new on every move.
         moveToIcon(QString());
-        QVERIFY(!f.panelVisible());
         QTRY_VERIFY(f.panelVisible());
-        const QPointer<QTimer> hideBefore = f.h.app().hideDetailTimer();
         moveToIcon(QString());
-        QVERIFY(!f.panelVisible());
-        QVERIFY(f.showPending());
-        QVERIFY(f.h.app().hideDetailTimer() != hideBefore.data());
-
+        QVERIFY(!f.panelVisible() && f.showPending());
         // Empty map space hides the panel and arms nothing.
         QTRY_VERIFY(f.panelVisible());
         moveTo(map->mapToGlobal(QPointF(3, 3)));
-        QVERIFY(!f.panelVisible());
-        QVERIFY(!f.showPending());
+        QVERIFY(!f.panelVisible() && !f.showPending());
     }
-    void dragIsNoHover()
+    // Dragging over the rows (selecting them) neither loads a network nor arms a timer. Shown
+    // and hidden again by its timers, the fired one-shot timers are freed. A move onto the
+    // panel hides it; leaving the window cancels a pending show.
+    void dragTimersAndLeaving()
     {
         PanelFixture f;
-        // Dragging over the rows (selecting them) neither loads a network nor arms a timer. The
-        // move comes alone: moving the platform's cursor would add a hover of its own.
-        QWidget *viewport = f.table->viewport();
-        const QPointF global = f.rowPoint(2);
-        QMouseEvent drag(QEvent::MouseMove, viewport->mapFromGlobal(global), global, Qt::NoButton,
-                         Qt::LeftButton, Qt::NoModifier);
-        drag.setTimestamp(++f.stamp);
-        QApplication::sendEvent(viewport, &drag);
-        QVERIFY(!f.showPending());
-        QCOMPARE(f.h.app().lastMoveOnRow(), quint64(0));
+        const qsizetype timers = f.h.app().findChildren<QTimer *>().size();
+        f.moveToRow(2, Qt::LeftButton);
+        QVERIFY(!f.showPending() && !f.h.app().hideDetailTimer());
         QVERIFY(f.h.app().detailNetworkBssid().isEmpty());
-        QVERIFY(!f.h.app().hideDetailTimer());
-        // Released, the same move is a hover.
         f.moveToRow(2);
-        QVERIFY(f.showPending());
-    }
-    // Shown and hidden again by its timers, three times over: the fired one-shot timers are
-    // freed, and a hide on a hidden panel does no harm.
-    void firedTimersAreReleased()
-    {
-        PanelFixture f;
-        auto timers = [&f] { return f.h.app().findChildren<QTimer *>().size(); };
-        const qsizetype before = timers();
-        for (int round = 0; round < 3; ++round) {
-            f.moveToRow(1 + round % 2);
-            QTRY_VERIFY(f.panelVisible());
-            QVERIFY(!f.h.app().showDetailTimer()); // fired and gone
-            QTRY_VERIFY_WITH_TIMEOUT(!f.panelVisible(), 5 * kHideMs);
-            QVERIFY(!f.h.app().hideDetailTimer());
-        }
-        f.h.app().hideDetailPanel();
-        QVERIFY(!f.panelVisible());
+        QTRY_VERIFY(f.panelVisible());
+        QVERIFY(!f.h.app().showDetailTimer()); // fired and gone
+        QTRY_VERIFY_WITH_TIMEOUT(!f.panelVisible(), 5 * kHideMs);
+        QVERIFY(!f.h.app().hideDetailTimer());
         // deleteLater() needs the event loop to come round once more.
-        QTRY_COMPARE(timers(), before);
+        QTRY_COMPARE(f.h.app().findChildren<QTimer *>().size(), timers);
+
+        f.moveToRow(1);
+        QTRY_VERIFY(f.panelVisible());
+        auto *label = f.h.app().detailPanel()->findChild<QLabel *>("bssidField");
+        QMouseEvent onPanel(QEvent::MouseMove, QPointF(2, 2), label->mapToGlobal(QPointF(2, 2)),
+                            Qt::NoButton, Qt::NoButton, Qt::NoModifier);
+        onPanel.setTimestamp(5000);
+        QApplication::sendEvent(label, &onPanel);
+        QVERIFY(!f.panelVisible());
+        QCOMPARE(f.h.app().lastMoveOnRow(), AppDelegate::kNoRow);
+        f.moveToRow(1); // back on the same row counts as new
+        QVERIFY(f.showPending());
+        QEvent leave(QEvent::Leave);
+        QApplication::sendEvent(f.h.app().window(), &leave);
+        QVERIFY(!f.showPending());
+        QTest::qWait(2 * kShowMs);
+        QVERIFY(!f.panelVisible());
     }
 };
 

@@ -3,43 +3,62 @@
 // interface tab, power/channel/disconnect, toolbar validation, tabs and the View menu.
 #include "support/AppHarness.h"
 
+#include "app/HeadlessRunner.h"
 #include "app/SegmentedControl.h"
+#include "model/ExportDocument.h"
+#include "model/SurveyEngine.h"
+#include "wireless/simulated/SimulatedBackend.h"
 
 #include <QAction>
 #include <QComboBox>
 #include <QLabel>
 #include <QMenu>
 #include <QPushButton>
+#include <QSignalSpy>
 #include <QTabWidget>
 #include <QTableView>
 #include <QtTest>
 
 namespace {
-const QString kHome = "00:00:00:00:00:0a";
-const QString kA = kHome;
+const QString kA = "00:00:00:00:00:0a";
 const QString kB = "00:00:00:00:00:0b";
 const QString kC = "00:00:00:00:00:0c";
 
-QString text(AppHarness &h, const char *name)
+// Both documents after `cycles` working cycles (the launch's included) on the seeded
+// simulated radio, from the window or from the headless runner, each in a world of its own.
+QString documentsAfter(bool window, int cycles, const QString &filter)
 {
-    return h.find<QLabel>(name)->text();
+    AppHarness h;
+    WirelessBackend::setCurrent(SimulatedBackend::createDefault(3));
+    const SurveyEngine *engine = h.restart().engine();
+    std::unique_ptr<HeadlessRunner> runner;
+    if (window) {
+        h.app().engine()->setSearchText(filter);
+        h.app().applicationDidFinishLaunching();
+        for (int i = 1; i < cycles; ++i)
+            h.app().performUpdateCycle();
+    } else {
+        HeadlessRunner::Options options;
+        options.cycles = cycles;
+        options.interval = 0;
+        options.filter = filter;
+        options.progress = false;
+        runner = std::make_unique<HeadlessRunner>(options, h.preferences.get());
+        QSignalSpy finished(runner.get(), &HeadlessRunner::finished);
+        if (!runner->start() || (finished.isEmpty() && !finished.wait(10000)))
+            return "did not finish";
+        engine = runner->engine();
+    }
+    return ExportDocument::tabSeparated(engine->networks(), engine->filteredNetworks()) +
+           ExportDocument::html(engine->networks(), engine->filteredNetworks());
 }
 
 QStringList texts(AppHarness &h, std::initializer_list<const char *> names)
 {
     QStringList result;
     for (const char *name : names)
-        result << text(h, name);
+        result << h.find<QLabel>(name)->text();
     return result;
-}
-
-QStringList popupItems(AppHarness &h)
-{
-    auto *popup = h.find<QComboBox>("channelPopup");
-    QStringList items;
-    for (int i = 0; i < popup->count(); ++i)
-        items << popup->itemText(i);
-    return items;
 }
 } // namespace
 
@@ -47,57 +66,42 @@ class TestMainWindow : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void associatedToKnownNetwork()
+    // Associated to a listed network, to one not heard (only the interface's own readings),
+    // and with the radio off (what it cannot vouch for is cleared, statistics stay).
+    void interfaceTab()
     {
         AppHarness h;
-        h.backend->currentBssid = kHome;
-        h.backend->scans = {{FakeBackend::network(kHome, "Home", -60, -90, 6)}};
+        h.backend->currentBssid = kA;
+        h.backend->scans = {{FakeBackend::network(kA, "Home", -60, -90, 6)}};
         h.app().applicationDidFinishLaunching();
-        QCOMPARE(texts(h, {"ssidField", "bssidField", "opModeField", "securityModeField",
-                           "phyModeField", "supportedPHYModesField", "txRateField", "txPowerField",
-                           "countryCodeField", "rssiField", "noiseField", "snrField", "snrAvgField",
-                           "noiseMinField", "signalQualityField"}),
-                 (QStringList{"Home", kHome, "Infrastructure", "WPA2 Personal", "802.11g/n",
-                              "802.11g/n", "144.50 Mbps", "31 mW", "DE", "43%", "15%", "40dB",
-                              "40dB", "15%", "Good"}));
+        const auto fields = {"ssidField",    "bssidField",  "opModeField",  "securityModeField",
+                             "phyModeField", "txRateField", "txPowerField", "countryCodeField",
+                             "rssiField",    "noiseField",  "snrField",     "signalQualityField"};
+        QCOMPARE(texts(h, fields),
+                 (QStringList{"Home", kA, "Infrastructure", "WPA2 Personal", "802.11g/n",
+                              "144.50 Mbps", "31 mW", "DE", "43%", "15%", "40dB", "Good"}));
         QVERIFY(h.find<QPushButton>("disconnectButton")->isEnabled());
-        QCOMPARE(h.find<SegmentedControl>("powerStateControl")->selectedSegment(), 0);
         QCOMPARE(h.find<QComboBox>("channelPopup")->currentText(), "6");
-        QVERIFY(h.find<QComboBox>("channelPopup")->isEnabled());
-    }
-    void associatedToUnknownNetworkShowsOnlyOwnReadings()
-    {
-        AppHarness h;
-        h.backend->currentBssid = "00:00:00:00:00:99";
-        h.backend->rssi = -53;
-        h.backend->noise = -106;
-        h.backend->mode.reset();
-        h.backend->state = kCWInterfaceStateAssociating;
-        h.backend->country.reset();
-        h.app().updateInterfaceInfoTab();
-        QCOMPARE(texts(h, {"rssiField", "noiseField", "ssidField", "snrField", "opModeField",
-                           "countryCodeField"}),
-                 (QStringList{"50%", "0%", "", "", "", ""}));
-        QVERIFY(!h.find<QPushButton>("disconnectButton")->isEnabled());
-    }
-    void radioOffClearsWhatItCannotVouchFor()
-    {
-        AppHarness h;
-        h.backend->currentBssid = kHome;
-        h.backend->scans = {{FakeBackend::network(kHome, "Home")}};
-        h.app().applicationDidFinishLaunching();
-        const QString snr = text(h, "snrField");
-        QVERIFY(!snr.isEmpty());
+
         h.backend->power = false;
         h.app().updateInterfaceInfoTab();
         QCOMPARE(h.find<SegmentedControl>("powerStateControl")->selectedSegment(), 1);
         QCOMPARE(texts(h, {"ssidField", "bssidField", "txRateField", "txPowerField", "rssiField",
                            "noiseField", "countryCodeField", "supportedChannelsField",
-                           "supportedPHYModesField", "signalQualityField"}),
-                 QStringList(10));
+                           "signalQualityField", "snrField"}),
+                 (QStringList(9) << "40dB")); // statistics keep their last values
         QCOMPARE(h.find<QComboBox>("channelPopup")->count(), 0);
-        QVERIFY(!h.find<QComboBox>("channelPopup")->isEnabled());
-        QCOMPARE(text(h, "snrField"), snr); // statistics keep their last values
+
+        h.backend->power = true;
+        h.backend->currentBssid = "00:00:00:00:00:99";
+        h.backend->rssi = -53;
+        h.backend->noise = -106;
+        h.backend->mode.reset();
+        h.backend->state = kCWInterfaceStateAssociating;
+        h.app().updateInterfaceInfoTab();
+        QCOMPARE(texts(h, {"rssiField", "noiseField", "ssidField", "opModeField"}),
+                 (QStringList{"50%", "0%", "", ""}));
+        QVERIFY(!h.find<QPushButton>("disconnectButton")->isEnabled());
     }
     void supportedChannelsText()
     {
@@ -108,72 +112,51 @@ private Q_SLOTS:
             AppHarness h;
             h.backend->channels = channels;
             h.app().updateInterfaceInfoTab();
-            QCOMPARE(text(h, "supportedChannelsField"), expected);
-            QCOMPARE(popupItems(h), (QStringList{"1", "6", "11", "36"}));
+            QCOMPARE(h.find<QLabel>("supportedChannelsField")->text(), expected);
+            QCOMPARE(h.find<QComboBox>("channelPopup")->itemText(3), "36");
         }
     }
     // The segment and the toolbar items switch the radio; the items that would change nothing
     // are disabled; a refused change alerts and leaves the tab as it was.
-    void powerFromSegmentAndToolbar()
+    void powerChannelAndDisconnect()
     {
         AppHarness h;
         auto *control = h.find<SegmentedControl>("powerStateControl");
         auto *on = h.find<QAction>("powerOn");
         auto *off = h.find<QAction>("powerOff");
-        auto *refresh = h.find<QAction>("actionRefresh");
-        QCOMPARE((QList<bool>{h.app().validateToolbarItem(on), h.app().validateToolbarItem(off),
-                              h.app().validateToolbarItem(refresh)}),
-                 (QList<bool>{false, true, true}));
+        QVERIFY(!h.app().validateToolbarItem(on) && h.app().validateToolbarItem(off));
         control->setSelectedSegment(1);
         h.app().changePower(control);
-        control->setSelectedSegment(0);
-        h.app().changePower(control);
-        h.app().changePower(off);
-        QVERIFY(on->isEnabled() && !off->isEnabled() && refresh->isEnabled());
         h.app().changePower(on);
-        h.app().changePower(refresh); // anything else switches it off
-        QCOMPARE(h.backend->powerRequests, (QList<bool>{false, true, false, true, false}));
+        h.app().changePower(h.find<QAction>("actionRefresh")); // anything else switches it off
+        QCOMPARE(h.backend->powerRequests, (QList<bool>{false, true, false}));
+        QVERIFY(on->isEnabled() && !off->isEnabled());
         QCOMPARE(control->selectedSegment(), 1); // the tab follows the real state
-        QVERIFY(h.alerts.lines().isEmpty());
-
         h.backend->refusePower = true;
         h.app().changePower(on);
         QCOMPARE(h.alerts.lines(), QStringList{"Error: Not permitted: power"});
         QCOMPARE(control->selectedSegment(), 1);
-    }
-    void channelChangeParsesTheTitle()
-    {
-        AppHarness h;
+
+        h.alerts.clear();
+        h.backend->power = true;
         h.app().updateInterfaceInfoTab();
         auto *popup = h.find<QComboBox>("channelPopup");
         popup->setCurrentText("11");
         h.app().changeChannel();
         QCOMPARE(h.backend->channelRequests.constLast(), quint64(11));
-        QCOMPARE(popup->currentText(), "11");
-        QVERIFY(h.alerts.lines().isEmpty());
-
         popup->addItem("auto");
         popup->setCurrentText("auto");
         h.app().changeChannel();
         QCOMPARE(h.backend->channelRequests.constLast(), quint64(0));
         QCOMPARE(h.alerts.lines(), QStringList{"Error: Channel 0 is not supported"});
         QCOMPARE(popup->currentText(), "11"); // the tab was refreshed
-    }
-    void disconnectDropsTheLink()
-    {
-        AppHarness h;
-        h.backend->currentBssid = kHome;
+
+        h.backend->currentBssid = kA;
         h.app().updateInterfaceInfoTab();
         QVERIFY(h.find<QAction>("actionDisconnect")->isEnabled());
         h.app().disconnect();
         QCOMPARE(h.backend->disassociateCount, 1);
-        // The menu item follows the button.
-        QVERIFY(!h.find<QPushButton>("disconnectButton")->isEnabled());
-        QVERIFY(!h.find<QAction>("actionDisconnect")->isEnabled());
-        h.backend->currentBssid = kHome;
-        h.backend->state = kCWInterfaceStateRunning;
-        h.app().updateInterfaceInfoTab();
-        QVERIFY(h.find<QAction>("actionDisconnect")->isEnabled());
+        QVERIFY(!h.find<QAction>("actionDisconnect")->isEnabled()); // the menu follows
     }
     void tabsSegmentsAndViewMenuStayInStep()
     {
@@ -181,7 +164,6 @@ private Q_SLOTS:
         auto *segments = h.find<SegmentedControl>("segmentedControl");
         auto *tabs = h.find<QTabWidget>("tabView");
         auto *menu = h.find<QMenu>("viewMenu");
-        QCOMPARE(segments->segmentCount(), tabs->count());
         auto checkedTags = [menu] {
             QList<int> tags;
             for (QAction *a : menu->actions())
@@ -190,47 +172,27 @@ private Q_SLOTS:
             return tags;
         };
         QCOMPARE(checkedTags(), QList<int>{5});
-
         segments->setSelectedSegment(1);
         h.app().changeTabView(segments);
         QCOMPARE(tabs->currentIndex(), 1);
         QCOMPARE(checkedTags(), QList<int>{1});
-
         // Without a sender only the tab follows.
         segments->setSelectedSegment(2);
         h.app().changeTabView(nullptr);
         QCOMPARE(tabs->currentIndex(), 2);
         QCOMPARE(checkedTags(), QList<int>{1});
-
-        QAction *map = menu->actions().at(1);
-        h.app().viewAction(map); // already on: nothing changes
+        h.app().viewAction(menu->actions().at(1)); // already on: nothing changes
         QCOMPARE(tabs->currentIndex(), 2);
-
         menu->actions().at(5)->trigger(); // through the menu, as a user would
         QCOMPARE(checkedTags(), QList<int>{5});
         QCOMPARE(segments->selectedSegment(), 5);
         QCOMPARE(tabs->currentIndex(), 5);
-
-        // With no item on, choosing a segment switches on just the new one.
-        for (QAction *a : menu->actions())
-            a->setChecked(false);
-        segments->setSelectedSegment(3);
-        h.app().changeTabView(segments);
-        QCOMPARE(checkedTags(), QList<int>{3});
-    }
-    void refreshByTabLabel()
-    {
-        AppHarness h;
-        auto *tabs = h.find<QTabWidget>("tabView");
-        tabs->setCurrentIndex(5);
+        // Refresh scans only on the tab labelled for it.
         h.app().refreshPressed();
         QCOMPARE(h.backend->scanCount, 1);
         tabs->setCurrentIndex(0);
         h.app().refreshPressed();
-        tabs->setCurrentIndex(1);
-        h.app().refreshPressed();
         QCOMPARE(h.backend->scanCount, 1);
-        QVERIFY(!h.widget("refreshSpinner")->isVisible());
     }
     void tickRule_data()
     {
@@ -265,9 +227,9 @@ private Q_SLOTS:
         QCOMPARE(h.app().tickCount(), quint64(7));
     }
     // Launch scans twice (once before the plots exist, once in the full cycle), each authorized;
-    // a BSSID twice in one scan is created by the first and updated by the second; records that
-    // vanish keep their place and values; a stored comment shows at first sight; the associated
-    // network heads the list.
+    // a BSSID twice in one scan is created by the first and updated by the second; a stored
+    // comment shows at first sight; the associated network heads the list. The scan action
+    // merges nothing and sorts its results by name.
     void launchMergesScansIntoRecords()
     {
         AppHarness h;
@@ -281,13 +243,33 @@ private Q_SLOTS:
         QCOMPARE(h.backend->scanCount, 2);
         QCOMPARE(h.backend->authorizationCount, 2);
         QVERIFY(h.backend->scanParameters.constFirst().isEmpty());
-        QCOMPARE(h.app().currentInterface()->interfaceName(), "wlan0");
         QCOMPARE(h.rowNames(), (QStringList{"Zulu", "Alpha", "Bravo"}));
         const NetworkObjectRef bravo = h.app().networkWithBssid(kA);
         QCOMPARE(bravo->signals().size(), 2);
         QCOMPARE(bravo->lastUpdated(), h.clock.currentDateTime());
         QCOMPARE(h.app().networkWithBssid(kC)->comment(), std::optional<QString>("upstairs"));
-        QCOMPARE(h.app().scanResults().size(), 1);
+
+        AppHarness s;
+        s.backend->scans = {{FakeBackend::network(kA, "beta"), FakeBackend::network(kB, "Alpha"),
+                             FakeBackend::network(kC, "Gamma")}};
+        s.app().scan();
+        QVERIFY(s.backend->scanParameters.constFirst().value("SCAN_MERGE").toBool());
+        QVERIFY(s.app().networks().isEmpty());
+        QStringList order;
+        for (const CWNetworkRef &n : s.app().scanResults())
+            order << *n->ssid();
+        QCOMPARE(order, (QStringList{"Alpha", "beta", "Gamma"}));
+    }
+    // The window and the headless run drive one engine: for the same seeded radio and a clock
+    // that stands still they must end with the same rows, byte for byte.
+    void windowAndHeadlessEndWithTheSameRows()
+    {
+        const std::pair<int, QString> rows[] = {{1, QString()}, {6, QString()}, {4, "flat"}};
+        for (const auto &[cycles, filter] : rows) {
+            const QString window = documentsAfter(true, cycles, filter);
+            QVERIFY(window.contains("<tr>"));
+            QCOMPARE(documentsAfter(false, cycles, filter), window);
+        }
     }
     void failuresAlertAndStillReload()
     {
@@ -298,8 +280,6 @@ private Q_SLOTS:
         h.app().updateNetworks();
         QCOMPARE(h.alerts.lines(), QStringList{"Scan Error: The radio is busy"});
         QVERIFY(h.app().scanResults().isEmpty());
-        QCOMPARE(h.app().networks().size(), 1);
-        // The table was reloaded: a new filter result shows at once.
         QCOMPARE(h.find<QTableView>("scanResultsTable")->model()->rowCount(), 1);
 
         // A refused authorization skips the scan; every cycle asks again, and alerts again.
@@ -311,40 +291,6 @@ private Q_SLOTS:
         QCOMPARE(h.backend->scanCount, scans);
         h.app().performUpdateCycle();
         QCOMPARE(h.alerts.lines().size(), 2);
-    }
-    void colourIsDrawnInRange()
-    {
-        QList<CWNetworkRef> scan;
-        for (int i = 0; i < 40; ++i)
-            scan << FakeBackend::network(
-                QStringLiteral("00:00:00:00:01:%1").arg(i, 2, 16, QLatin1Char('0')),
-                QStringLiteral("N%1").arg(i));
-        QList<QColor> colours[2];
-        for (QList<QColor> &drawn : colours) {
-            AppHarness h;
-            h.backend->scans = {scan};
-            h.app().updateNetworks();
-            for (const NetworkObjectRef &r : h.app().networks())
-                drawn << r->color().toHsv();
-        }
-        for (const QColor &c : colours[0]) {
-            QVERIFY(c.hsvSaturationF() >= 0.6f - 1e-3f && c.valueF() >= 0.6f - 1e-3f);
-            QCOMPARE(c.alphaF(), 1.0f);
-        }
-        QCOMPARE(colours[1], colours[0]); // the same seed gives the same colours
-    }
-    void scanActionMergesNothingAndSortsBySsid()
-    {
-        AppHarness h;
-        h.backend->scans = {{FakeBackend::network(kA, "beta"), FakeBackend::network(kB, "Alpha"),
-                             FakeBackend::network(kC, "Gamma")}};
-        h.app().scan();
-        QVERIFY(h.backend->scanParameters.constFirst().value("SCAN_MERGE").toBool());
-        QVERIFY(h.app().networks().isEmpty());
-        QStringList order;
-        for (const CWNetworkRef &n : h.app().scanResults())
-            order << *n->ssid();
-        QCOMPARE(order, (QStringList{"Alpha", "beta", "Gamma"}));
     }
     // Ten seconds of ticks while something modal waits: no scan, no second alert, no count.
     // Once it is answered, the tick rule goes on from where it stood.
@@ -361,28 +307,22 @@ private Q_SLOTS:
             h.alerts.setKeepOpen(failingScans);
             h.backend->failScans = failingScans;
             h.backend->deferAnswers = !failingScans;
-
-            h.app().updateData(); // this tick starts the cycle that then waits
-            for (int second = 0; second < 10; ++second) {
+            for (int second = 0; second < 11; ++second) {
                 h.clock.advance(1000);
                 h.app().updateData();
             }
             QCOMPARE(h.app().tickCount(), ticksBefore + 1);
+            QCOMPARE(h.backend->scanCount, scansBefore + (failingScans ? 1 : 0));
             if (failingScans) {
-                QCOMPARE(h.backend->scanCount, scansBefore + 1);
                 QCOMPARE(h.alerts.lines(), QStringList{"Scan Error: The radio is busy"});
-                QCOMPARE(h.alerts.openAlerts(), 1);
                 h.alerts.dismissAll();
             } else {
-                QCOMPARE(h.backend->scanCount, scansBefore);
                 QCOMPARE(h.backend->deferred.size(), 1);
                 h.backend->deferAnswers = false;
                 h.backend->answerDeferred();
                 QCOMPARE(h.backend->scanCount, scansBefore + 1);
-                QVERIFY(h.alerts.lines().isEmpty());
             }
-            // The first tick after it works again, and counts.
-            h.app().updateData();
+            h.app().updateData(); // the first tick after it works again, and counts
             QCOMPARE(h.app().tickCount(), ticksBefore + 2);
             QCOMPARE(h.backend->scanCount, scansBefore + 2);
         }

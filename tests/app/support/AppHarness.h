@@ -70,7 +70,6 @@ public:
         return *m_app;
     }
     AppDelegate &app() const { return *m_app; }
-    QWidget *widget(const char *objectName) const { return find<QWidget>(objectName); }
     // Launches the program with one scan that hears `scan`.
     void launchWith(const QList<CWNetworkRef> &scan)
     {
