@@ -71,8 +71,6 @@ TEST(ChannelOccupancyLayout, SpanInPixelsForEachWidth)
         // Feet on the bottom of the plot, top at -60 dBm: half way up from -100 to -20 dBm.
         EXPECT_DOUBLE_EQ(polygons[0].first().y(), chart.plot.bottom());
         EXPECT_DOUBLE_EQ(polygons[0][1].y(), chart.plot.top() + 80.0);
-        EXPECT_GT(polygons[0][1].x(), polygons[0][0].x());
-        EXPECT_LT(polygons[0][2].x(), polygons[0][3].x());
         EXPECT_TRUE(chart.shapes[0].labelShown);
         EXPECT_LE(chart.shapes[0].labelRect.bottom(), polygons[0][1].y());
     }
@@ -117,6 +115,19 @@ TEST(ChannelOccupancyLayout, OverlapsStayReadable)
     EXPECT_DOUBLE_EQ(chart.cells[5].rect.right(), chart.cells[6].rect.left());
     EXPECT_EQ(chart.recommendation, QStringLiteral("Best 2.4 GHz channel: 1"));
     EXPECT_EQ(chart.title, QStringLiteral("2.4 GHz: 3 networks"));
+}
+
+// Equal signals put names at the same height: they must still not overlap.
+TEST(ChannelOccupancyLayout, EqualNeighboursNamesDoNotTouch)
+{
+    const auto chart = ChannelOccupancyLayout::layoutChart(
+        frameFor(900), kCWChannelBand2GHz,
+        {entry(11, kCWChannelBand2GHz, 20, -60, 11, 0, "twin a"),
+         entry(11, kCWChannelBand2GHz, 20, -60, 11, 0, "twin b")},
+        {}, charWidth, kText);
+    ASSERT_EQ(chart.shapes.size(), 2);
+    EXPECT_TRUE(chart.shapes[0].labelShown && chart.shapes[1].labelShown);
+    EXPECT_FALSE(chart.shapes[0].labelRect.intersects(chart.shapes[1].labelRect));
 }
 
 TEST(ChannelOccupancyLayout, ChartsAndAxes)

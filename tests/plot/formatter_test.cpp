@@ -31,19 +31,4 @@ TEST(Formatters, TimeCountsDownMinutesAndSnrClampsWholePercent)
         EXPECT_EQ(SNRFormatter::stringForObjectValue(QVariant(value)), label) << value;
 }
 
-TEST(Formatters, CategoriesAreEqualDivisionsWithDistinctLabels)
-{
-    using Categories = QList<std::pair<double, QString>>;
-    EXPECT_EQ(TimeFormatter::categories(0, 150, 6),
-              (Categories{{0, "5 min"}, {30, "4"}, {60, "3"}, {90, "2"}, {120, "1"}, {150, "0"}}));
-    // A short range repeats a text; a category axis would drop the repeats.
-    const auto shortRange = TimeFormatter::categories(0, 20, 3);
-    ASSERT_EQ(shortRange.size(), 3);
-    EXPECT_NE(shortRange[1].second, shortRange[0].second);
-    EXPECT_NE(shortRange[2].second, shortRange[1].second);
-    EXPECT_EQ(shortRange[2].second.trimmed().remove(QChar(0x200B)), "5 min");
-    EXPECT_TRUE(SNRFormatter::categories(0, 1, 0).isEmpty());
-    EXPECT_TRUE(TimeFormatter::categories(0, std::nan(""), 6).isEmpty());
-}
-
 } // namespace

@@ -54,10 +54,4 @@ protected:
     ManualClock m_clock{QDateTime(QDate(2024, 5, 1), QTime(12, 0), Qt::UTC)};
     const QDateTime m_now = m_clock.currentDateTime();
     FakePlotDelegate m_delegate;
-
-    void addNetworks(int count, double signal)
-    {
-        for (int i = 0; i < count; ++i)
-            m_delegate.add(QStringLiteral("n%1").arg(i), QStringLiteral("Net %1").arg(i), signal);
-    }
 };
