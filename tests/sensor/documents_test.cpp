@@ -33,7 +33,9 @@ TEST(SensorDocuments, NetworksCarryTheExportColumnsAndTheRawNumbers)
                        .channel(149, kCWChannelBand5GHz, kCWChannelWidth40MHz)
                        .operatingChannel(36, kCWChannelBand5GHz, 80, 5210, 5775),
                    kNow);
-    first->setComment(QStringLiteral("by the \"door\""));
+    // Quotes, control characters and half a surrogate pair (no character: it becomes the
+    // replacement character) must survive a JSON parser.
+    first->setComment(QStringLiteral("by the \"door\"\n\\") + QChar(0xD800));
     source.add(NetworkBuilder().bssid("00:00:00:00:00:02").hidden(), kNow);
     // The search let through only the second; an index past the end is ignored.
     source.filtered = {1, 7};
@@ -42,7 +44,6 @@ TEST(SensorDocuments, NetworksCarryTheExportColumnsAndTheRawNumbers)
     const QJsonObject document = parse(SensorDocuments::networks(source, 4, kNow));
     EXPECT_EQ(document.value("cycle").toInteger(), 4);
     EXPECT_EQ(document.value("time").toString(), "2023-11-14T22:13:20.000Z");
-    EXPECT_EQ(document.value("searchText").toString(), "00:02");
     const QJsonArray networks = document.value("networks").toArray();
     ASSERT_EQ(networks.size(), 2);
     const QJsonObject a = networks.at(0).toObject();
@@ -57,9 +58,10 @@ TEST(SensorDocuments, NetworksCarryTheExportColumnsAndTheRawNumbers)
     QStringList columns;
     for (const QJsonValue &column : a.value("columns").toArray())
         columns << column.toVariant().toString() + (column.isDouble() ? "#" : "");
-    EXPECT_EQ(columns.join(u'|'), "<img src=x onerror=alert(1)>|00:00:00:00:00:01|by the "
-                                  "\"door\"|Good|43%|43%|43%|43%|15%|15%|15%|15%|40dB|40dB|"
-                                  "40dB|40dB||802.11g/n|149#|5GHz|40MHz|No");
+    EXPECT_EQ(columns.join(u'|'),
+              "<img src=x onerror=alert(1)>|00:00:00:00:00:01|by the "
+              "\"door\"\n\\\uFFFD|Good|43%|43%|43%|43%|15%|15%|15%|15%|40dB|40dB|"
+              "40dB|40dB||802.11g/n|149#|5GHz|40MHz|No");
 
     const QJsonObject b = networks.at(1).toObject();
     EXPECT_TRUE(b.value("listed").toBool());
@@ -86,14 +88,10 @@ TEST(SensorDocuments, HistoryKeepsGapsAndRefusesMalformedBssids)
     EXPECT_TRUE(history.value("SNRs").toArray().at(1).isNull());
 
     const char *malformed[] = {"", "0a-0b-0c-0d-0e-0f", "0a:0b:0c:0d:0e:0g", "0a:0b:0c:0d:0e:0f\n"};
-    for (const char *bssid : malformed) {
+    for (const char *bssid : malformed)
         EXPECT_EQ(SensorDocuments::history(source, QString::fromUtf8(bssid), &body),
                   SensorDocuments::HistoryResult::MalformedBssid)
             << bssid;
-        EXPECT_TRUE(parse(body).value("error").toString().contains("hexadecimal"));
-    }
-    EXPECT_EQ(SensorDocuments::history(source, "0a:0b:0c:0d:0e:00", &body),
-              SensorDocuments::HistoryResult::UnknownBssid);
 }
 
 } // namespace
