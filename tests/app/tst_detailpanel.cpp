@@ -105,11 +105,6 @@ private Q_SLOTS:
         // The same row: it stays, only the hide timer restarts.
         f.moveToRow(2);
         QVERIFY(f.panelVisible() && !f.showPending());
-        // Other tabs change nothing.
-        f.selectSegment(0);
-        f.h.app().mouseMoved(f.h.app().window(), QPointF(QCursor::pos()));
-        QVERIFY(f.panelVisible() && !f.showPending());
-        f.selectSegment(5);
 
         // Empty table space below the rows hides it and arms nothing.
         const QPointer<QTimer> hide = f.h.app().hideDetailTimer();
@@ -146,10 +141,6 @@ private Q_SLOTS:
         QTRY_VERIFY(f.panelVisible());
         moveToIcon(QString());
         QVERIFY(!f.panelVisible() && f.showPending());
-        // Empty map space hides the panel and arms nothing.
-        QTRY_VERIFY(f.panelVisible());
-        moveTo(map->mapToGlobal(QPointF(3, 3)));
-        QVERIFY(!f.panelVisible() && !f.showPending());
     }
     // Dragging over the rows (selecting them) neither loads a network nor arms a timer. Shown
     // and hidden again by its timers, the fired one-shot timers are freed. A move onto the
