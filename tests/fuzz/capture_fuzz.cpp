@@ -11,9 +11,27 @@
 #include <cstdio>
 #include <unistd.h>
 
+namespace {
+
+void serve(ReplayBackend &replay)
+{
+    replay.setScanWindow(2.0);
+    const QString interfaceName = replay.interfaceNames().value(0);
+    (void)replay.supportedChannels(interfaceName);
+    (void)replay.wlanChannel(interfaceName);
+    // Every scan returns the next window; a bounded number keeps one input quick.
+    for (int scans = 0; scans < 64 && !replay.finished(); ++scans) {
+        for (const CWNetworkRef &network : replay.scanForNetworks(interfaceName, {}, nullptr))
+            (void)network->ssid();
+    }
+}
+
+} // namespace
+
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
-    // libpcap reads files only; one scratch file per process, rewritten for every input.
+    // libpcap reads files only; one scratch file per process, rewritten for every input and
+    // removed after it, so that neither a fuzzing run nor a corpus replay leaves files behind.
     static const QString path =
         QDir::temp().filePath(QStringLiteral("corvane-fuzz-capture-%1.pcap").arg(getpid()));
     static const QByteArray name = QFile::encodeName(path);
@@ -22,21 +40,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
         return 0;
     const bool written = std::fwrite(data, 1, size, file) == size;
     std::fclose(file);
-    if (!written)
-        return 0;
 
     QString error;
-    const auto replay = ReplayBackend::open(path, 0, &error);
-    if (!replay)
-        return 0;
-    replay->setScanWindow(2.0);
-    const QString interfaceName = replay->interfaceNames().value(0);
-    (void)replay->supportedChannels(interfaceName);
-    (void)replay->wlanChannel(interfaceName);
-    // Every scan returns the next window; a bounded number keeps one input quick.
-    for (int scans = 0; scans < 64 && !replay->finished(); ++scans) {
-        for (const CWNetworkRef &network : replay->scanForNetworks(interfaceName, {}, nullptr))
-            (void)network->ssid();
+    if (written) {
+        if (const auto replay = ReplayBackend::open(path, 0, &error))
+            serve(*replay);
     }
+    std::remove(name.constData());
     return 0;
 }
