@@ -123,25 +123,6 @@ TEST(LinuxNmSettings, EnterpriseNeedsAUserName)
     EXPECT_FALSE(settings->value(u"802-1x"_s).contains(u"password"_s));
 }
 
-TEST(LinuxNmSettings, SavedConnectionsBecomeProfiles)
-{
-    NmSettings settings;
-    settings[u"connection"_s] = {{u"id"_s, u"Office"_s}, {u"type"_s, u"802-11-wireless"_s}};
-    settings[u"802-11-wireless"_s] = {{u"ssid"_s, QByteArray("corp")}, {u"mode"_s, u"adhoc"_s}};
-    EXPECT_FALSE(NmSettingsBuilder::isWifiInfrastructure(settings));
-    settings[u"802-11-wireless"_s].remove(u"mode"_s);
-    EXPECT_TRUE(NmSettingsBuilder::isWifiInfrastructure(settings));
-    EXPECT_FALSE(NmSettingsBuilder::profileFrom(settings, {}));
-
-    settings[u"802-11-wireless-security"_s] = {{u"key-mgmt"_s, u"none"_s}};
-    NmSettings secrets;
-    secrets[u"802-11-wireless-security"_s] = {{u"wep-key0"_s, u"abcde"_s}};
-    const auto wep = NmSettingsBuilder::wirelessProfileFrom(settings, secrets);
-    EXPECT_EQ(wep->passphrase(), u"abcde"_s);
-    EXPECT_EQ(wep->ssid(), u"corp"_s);
-    EXPECT_FALSE(wep->user8021XProfile());
-}
-
 TEST(LinuxNmFailureText, ReasonsAndPolkitStartTime)
 {
     const std::tuple<uint, uint, const char *> reasons[] = {

@@ -60,49 +60,6 @@ TEST(SimulatedScenario, DefaultsAndRawSsidBytes)
                 list[0]->supportsPHYMode(kCWPHYMode11g));
 }
 
-// Where each access point sits on the air: its channel's block of its width, the second
-// 80+80 segment, and the 6 GHz band a scenario names (its channel numbers overlap the others).
-TEST(SimulatedScenario, RealChannelLayout)
-{
-    QString text;
-    auto sim = SimulatedBackend::fromJson(R"({"accessPoints": [
-        {"bssid": "02:00:00:00:00:01", "channel": 11, "width": 40, "position": [1, 0]},
-        {"bssid": "02:00:00:00:00:02", "channel": 52, "phy": "a/n/ac", "width": 160, "position": [1, 0]},
-        {"bssid": "02:00:00:00:00:03", "channel": 100, "phy": "a/n/ac", "width": 80,
-         "secondSegment": 155, "position": [1, 0]},
-        {"bssid": "02:00:00:00:00:04", "band": 6, "channel": 37, "width": 160, "position": [1, 0]},
-        {"bssid": "02:00:00:00:00:05", "band": 6, "channel": 69, "phy": "ax/be", "width": 320,
-         "position": [1, 0]}]})",
-                                          1, &text);
-    ASSERT_TRUE(sim) << qPrintable(text);
-    const auto list = sim->scanForNetworks(kIf, {}, nullptr);
-    ASSERT_EQ(list.size(), 5);
-    const unsigned an = (1u << kCWPHYMode11a) | (1u << kCWPHYMode11n);
-    const struct
-    {
-        int band, width, center0, center1, widthCode;
-        unsigned phy;
-    } expected[] = {
-        {kCWChannelBand2GHz, 40, 2452, 0, kCWChannelWidth40MHz,
-         (1u << kCWPHYMode11b) | (1u << kCWPHYMode11g) | (1u << kCWPHYMode11n)},
-        {kCWChannelBand5GHz, 160, 5250, 0, kCWChannelWidth160MHz, an},
-        {kCWChannelBand5GHz, 80, 5530, 5775, kCWChannelWidth80MHz, an},
-        {kCWChannelBand6GHz, 160, 6185, 0, kCWChannelWidth160MHz, 0},
-        {kCWChannelBand6GHz, 320, 6425, 0, kCWChannelWidth160MHz, 0},
-    };
-    for (int i = 0; i < 5; ++i) {
-        const CWOperatingChannel &c = list[i]->operatingChannel();
-        const CWChannel w = list[i]->wlanChannel();
-        const auto &x = expected[i];
-        EXPECT_EQ(std::tuple(c.primaryChannel, c.band, w.channelBand(), w.channelWidth(),
-                             c.widthMHz, c.centerMHz[0], c.centerMHz[1], list[i]->data().phyModes),
-                  std::tuple(w.channelNumber(), x.band, x.band, x.widthCode, x.width, x.center0,
-                             x.center1, x.phy))
-            << i;
-        EXPECT_TRUE(c.coversPrimary()) << i;
-    }
-}
-
 // The link rate follows the SNR thresholds of each modulation, the width and the streams.
 TEST(SimulatedScenario, LinkRateSteps)
 {
