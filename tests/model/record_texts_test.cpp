@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Texts a record derives for the table, the panels and the exports (data/texts.tsv), and its
-// icon.
+// Conversions and the texts a record derives for the table, the panels and the exports
+// (data/texts.tsv), and its icon.
 #include "model/NetworkObject.h"
 #include "support/DataTable.h"
 #include "support/NetworkBuilder.h"
@@ -52,6 +52,18 @@ TEST(NetworkObjectTexts, EveryDerivedText)
             EXPECT_EQ(NetworkObject::stringOfNoise(in.toDouble()), text);
         } else if (kind == u"snr") {
             text = NetworkObject::stringOfSNR(in.toLongLong());
+        } else if (kind == u"fraction") {
+            text = QString::number(NetworkObject::signalDBIAsPercentage(in.toLongLong()), 'f', 6);
+        } else if (kind == u"snrOf" || kind == u"levelOf") {
+            const qint64 rssi = in.section(u'/', 0, 0).toLongLong(),
+                         noise = in.section(u'/', 1).toLongLong();
+            const double v = kind == u"snrOf" ? NetworkObject::snrWithRSSI(rssi, noise)
+                                              : NetworkObject::levelWithRSSI(rssi, noise);
+            EXPECT_EQ(v, double(float(v)));
+            text = QString::number(v, 'f', 6);
+        } else if (kind == u"storedSNR") {
+            bare.setSNRs({in.toDouble()});
+            text = QString::number(bare.snr());
         } else if (kind == u"lastSeen") {
             clock.set(kT0.addMSecs(in.toLongLong()));
             text = seen->lastSeen();

@@ -38,24 +38,6 @@ NetworkObjectRef recordFrom(const std::vector<Sample> &samples)
 
 } // namespace
 
-TEST(NetworkObjectConversion, FractionsLevelAndSNR)
-{
-    struct Row
-    {
-        qint64 dbm;
-        float fraction;
-    };
-    const Row rows[] = {{-106, 0.0f}, {-53, 0.5f}, {0, 1.0f}, {-120, -0.132075f}, {10, 1.094340f}};
-    for (const Row &row : rows)
-        EXPECT_NEAR(NetworkObject::signalDBIAsPercentage(row.dbm), row.fraction, 1e-6) << row.dbm;
-
-    EXPECT_NEAR(NetworkObject::snrWithRSSI(-60, -90), 0.403774, 1e-6);
-    EXPECT_NEAR(NetworkObject::levelWithRSSI(-60, -90), 0.418868, 1e-6);
-    // The result is a single-precision value widened, not a double computation.
-    const double snr = NetworkObject::snrWithRSSI(-60, -90);
-    EXPECT_EQ(snr, static_cast<double>(static_cast<float>(snr)));
-}
-
 TEST(NetworkObjectUpdate, FirstUpdateSeedsStatistics)
 {
     // Name, BSSID, texts and channel of a record are checked through its export row.
@@ -98,20 +80,6 @@ TEST(NetworkObjectUpdate, StatisticsOverWholeHistoryWithStartBounds)
         EXPECT_EQ(QList<qint64>({rec->avgSNR(), rec->minSNR(), rec->maxSNR()}),
                   QList<qint64>({row["avgSNR"].toLongLong(), row["minSNR"].toLongLong(),
                                  row["maxSNR"].toLongLong()}));
-    }
-}
-
-TEST(NetworkObjectUpdate, CurrentValuesTruncateStoredSNR)
-{
-    NetworkObject rec;
-    const struct
-    {
-        double stored;
-        qint64 read;
-    } rows[] = {{-3.7, -3}, {40.9, 40}, {0.0, 0}, {1e300, std::numeric_limits<qint64>::max()}};
-    for (const auto &row : rows) {
-        rec.setSNRs({row.stored});
-        EXPECT_EQ(rec.snr(), row.read) << row.stored;
     }
 }
 
