@@ -40,40 +40,6 @@ QStringList names(const NetworkList &list)
 
 } // namespace
 
-TEST(NetworkList, LookupAnswersAsTheFirstMatchOfALinearSearch)
-{
-    SeededRandomSource random(7);
-    NetworkList list;
-    QStringList asked{QString(), QStringLiteral(""), QStringLiteral("ff:ff:ff:ff:ff:ff"),
-                      QStringLiteral("00:00:00:00:00:0")};
-    for (int i = 0; i < 400; ++i) {
-        // About one BSSID in ten repeats, some records carry an empty BSSID.
-        const int id = random.uniform(0, 360);
-        const QString bssid =
-            id == 0 ? QString() : QStringLiteral("00:00:00:00:%1").arg(id, 5, 16, QLatin1Char('0'));
-        const QByteArray name = QByteArray::number(random.uniform(0, 50));
-        list.append(record(bssid, random.uniform(0, 4) ? std::optional(name) : std::nullopt));
-        asked << bssid;
-    }
-    list.append(nullptr); // ignored
-
-    auto check = [&] {
-        for (const QString &bssid : asked)
-            ASSERT_EQ(list.networkWithBssid(bssid), linearFirst(list, bssid))
-                << bssid.toStdString();
-    };
-    check();
-    for (const char *current : {"00:00:00:00:00:01", "", "00:00:00:00:00:0a"}) {
-        list.sortForDisplay(QString::fromLatin1(current));
-        check();
-    }
-    list.sortForDisplay(std::nullopt);
-    check();
-    // A BSSID changed behind the list's back still gets the linear answer.
-    list.at(3)->setBssid(QStringLiteral("12:34:56:78:9a:bc"));
-    check();
-}
-
 TEST(NetworkList, CompareForDisplay)
 {
     const auto a = record(QStringLiteral("00:00:00:00:00:0a"), QByteArray("alpha"));
@@ -115,9 +81,11 @@ TEST(NetworkList, SortPutsTheAssociatedNetworkFirstThenNamesStably)
     }
 }
 
-// A cycle re-reads only the records it appended or updated; the order must be the one a
-// full sort of every record gives, hidden names, renames and a moving current one included.
-TEST(NetworkList, SortingOnlyTheChangedRecordsGivesTheFullSortsOrder)
+// A cycle re-reads only the records it appended or updated. Over random surveys (repeated and
+// empty BSSIDs, hidden, empty, NUL-bearing and numbered names, renames, a moving current one)
+// that must give the full sort's order, and the index must answer as the first match of a
+// linear search, even after a BSSID changed behind the list's back.
+TEST(NetworkList, RandomSurveysSortAndLookUpAsTheSimpleWayDoes)
 {
     SeededRandomSource random(11);
     const std::optional<QString> names[] = {std::nullopt,
@@ -130,30 +98,41 @@ TEST(NetworkList, SortingOnlyTheChangedRecordsGivesTheFullSortsOrder)
                                             QStringLiteral("neighbourhood 2")};
     auto anyName = [&] { return names[random.uniform(0, 7)]; };
     NetworkList full, changed;
-    QStringList bssids;
+    QStringList bssids{QStringLiteral("ff:ff:ff:ff:ff:ff")};
+    auto lookups = [&] {
+        for (const QString &bssid : bssids)
+            ASSERT_EQ(changed.networkWithBssid(bssid), linearFirst(changed, bssid))
+                << qPrintable(bssid);
+    };
     for (int round = 0; round < 80; ++round) {
         for (int i = random.uniform(0, 12); i > 0; --i) {
+            const int id = random.uniform(0, 400); // about one in ten repeats; 0: no BSSID
             const QString bssid =
-                QStringLiteral("00:00:00:00:%1").arg(bssids.size(), 5, 16, QLatin1Char('0'));
+                id ? QStringLiteral("00:00:00:00:%1").arg(id, 5, 16, QLatin1Char('0')) : QString();
             const NetworkObjectRef r = record(bssid, QByteArray("x"));
             r->setName(anyName());
             bssids << bssid;
             full.append(r);
             changed.append(r);
         }
-        for (int i = random.uniform(0, 6); i > 0 && !bssids.isEmpty(); --i) {
+        for (int i = random.uniform(0, 6); i > 0; --i) {
             const NetworkObjectRef r =
                 changed.networkForUpdate(bssids.at(random.uniform(0, int(bssids.size()) - 1)));
-            if (random.uniform(0, 1))
+            if (r && random.uniform(0, 1))
                 r->setName(anyName());
         }
         std::optional<QString> current;
-        if (!bssids.isEmpty() && random.uniform(0, 3))
+        if (random.uniform(0, 3))
             current = bssids.at(random.uniform(0, int(bssids.size()) - 1));
         full.sortForDisplay(current);
         changed.sortChangedForDisplay(current);
         ASSERT_EQ(changed.items(), full.items()) << "round " << round;
+        lookups();
     }
+    changed.append(nullptr); // ignored
+    EXPECT_EQ(changed.count(), full.count());
+    changed.at(3)->setBssid(QStringLiteral("12:34:56:78:9a:bc"));
+    lookups();
 }
 
 // Names arriving smallest first use up the room between their labels, which are then spread
