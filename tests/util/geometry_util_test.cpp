@@ -25,8 +25,8 @@ TEST(GeometryUtil, ClampRotateCompareAndFit)
     // A quarter turn counter-clockwise (y up) about (1, 1): (2, 1) goes to (1, 2).
     const QPointF quarter = G::GARotate({1, 1}, std::numbers::pi / 2, {2, 1});
     EXPECT_NEAR(std::hypot(quarter.x() - 1, quarter.y() - 2), 0, 1e-12);
-    EXPECT_TRUE(G::pointEqual({0, 0}, {0.00005, 0}) && !G::pointEqual({0, 0}, {0, 0.0002}));
-    EXPECT_TRUE(G::floatEqual(1.0, 1.05, 0.1) && !G::floatEqual(1.0, 1.2, 0.1));
+    EXPECT_TRUE(G::pointEqual({0, 0}, {0.00005, 0}) && !G::pointEqual({0, 0}, {0, 0.0002}) &&
+                G::floatEqual(1.0, 1.05, 0.1) && !G::floatEqual(1.0, 1.2, 0.1));
 
     EXPECT_EQ(G::NSRectWithFactor2({1, 2, 3, 4}, 2, 10), QRectF(2, 20, 6, 40));
     EXPECT_EQ(G::ProportionalScaledSize({200, 100}, {50, 50}), QSizeF(50, 25));

@@ -11,22 +11,14 @@ namespace {
 
 TEST(StringUtil, SearchesAndPadding)
 {
-    // Text, needle, found ignoring case, found exactly; nothing is never found.
-    const std::tuple<const char *, const char *, bool, bool> rows[] = {
-        {"MyNetwork", "NET", true, false},
-        {"MyNetwork", "", false, false},
-        {"CAF\xc3\x89", "caf\xc3\xa9", true, false}, // Unicode lower-casing
-    };
-    for (const auto &[text, needle, ignoreCase, exact] : rows) {
-        const QString t = QString::fromUtf8(text), n = QString::fromUtf8(needle);
-        EXPECT_EQ(
-            std::pair(StringUtil::containsStringIgnoreCase(t, n), StringUtil::containsString(t, n)),
-            std::pair(ignoreCase, exact))
-            << text;
-    }
-    EXPECT_TRUE(StringUtil::hasPrefixIgnoreCase("MyNetwork", "mYn"));
-    EXPECT_FALSE(StringUtil::hasPrefixIgnoreCase("MyNetwork", ""));
-    EXPECT_TRUE(StringUtil::hasSuffixIgnoreCase("MyNetwork", "WORK"));
+    // Unicode lower-casing; nothing is never found.
+    EXPECT_TRUE(StringUtil::containsStringIgnoreCase(QString::fromUtf8("CAF\xc3\x89"),
+                                                     QString::fromUtf8("caf\xc3\xa9")));
+    EXPECT_FALSE(StringUtil::containsString("MyNetwork", "NET") ||
+                 StringUtil::containsStringIgnoreCase("MyNetwork", ""));
+    EXPECT_TRUE(StringUtil::hasPrefixIgnoreCase("MyNetwork", "mYn") &&
+                !StringUtil::hasPrefixIgnoreCase("MyNetwork", "") &&
+                StringUtil::hasSuffixIgnoreCase("MyNetwork", "WORK"));
 
     // Right padding reaches n - L, left padding exactly n; lengths are UTF-16 units.
     EXPECT_EQ(StringUtil::stringByAppendingSpaceToFixLength("ab", 10), "ab      ");
