@@ -2,6 +2,7 @@
 #include "plot/ChannelOccupancyView.h"
 
 #include "plot/PlotDelegate.h"
+#include "plot/TrapezoidRaster.h"
 #include "plot/WiFiView.h"
 #include "wireless/ie/FrequencyPlan.h"
 
@@ -119,9 +120,11 @@ void ChannelOccupancyView::drawChart(QPainter &painter, const ChannelOccupancyLa
     painter.fillRect(plot, kPlot);
 
     // Level lines and labels (dBm), channel ticks and numbers.
-    painter.setPen(kGrid);
+    // Level lines as one-pixel rectangles: QPainter draws a line pixel by pixel and hands
+    // the thousand pieces of a long one to its thread pool, whose waking costs more than
+    // the line.
     for (const ChannelOccupancyLayout::Level &level : chart.levels)
-        painter.drawLine(QPointF(plot.left(), level.y), QPointF(plot.right(), level.y));
+        painter.fillRect(QRectF(plot.left(), std::floor(level.y), plot.width(), 1.0), kGrid);
     painter.setPen(kText);
     for (const ChannelOccupancyLayout::Level &level : chart.levels) {
         const QString text = level.dbm == int(ChannelOccupancyLayout::kMaxDbm)
@@ -142,25 +145,35 @@ void ChannelOccupancyView::drawChart(QPainter &painter, const ChannelOccupancyLa
     // The networks, clipped to the plot, then their names over all of them.
     painter.save();
     painter.setClipRect(plot);
-    // The fill's edge lies under the outline, which is smoothed; smoothing the fill as well
-    // changes nothing that shows and costs most of the drawing with a thousand networks.
+    // A thousand translucent fills over one another, composed column by column into one
+    // layer, their outlines over them; the highlighted outline goes last and wider.
+    const QRect area(QPoint(qRound(plot.left()), qRound(plot.top())),
+                     QPoint(qRound(plot.right()) - 1, qRound(plot.bottom()) - 1));
+    TrapezoidRaster layer(area.size());
+    const ChannelOccupancyLayout::Shape *lit = nullptr;
     for (const ChannelOccupancyLayout::Shape &shape : chart.shapes) {
         const ChannelOccupancyLayout::Entry &e = m_entries[shape.entry];
-        const bool lit = e.network->bssid() == m_highlighted;
+        const bool isLit = e.network->bssid() == m_highlighted;
+        if (isLit)
+            lit = &shape;
         QColor fill = e.network->color();
-        fill.setAlphaF(lit ? 0.5f : 0.14f);
-        const QPen outline(e.network->color(), lit ? 3.0 : 1.3);
-        for (const QPolygonF &polygon : shape.polygons) {
-            painter.setRenderHint(QPainter::Antialiasing, false);
-            painter.setPen(Qt::NoPen);
-            painter.setBrush(fill);
-            painter.drawPolygon(polygon);
-            painter.setRenderHint(QPainter::Antialiasing, true);
-            painter.setPen(outline);
-            painter.setBrush(Qt::NoBrush);
-            painter.drawPolygon(polygon);
-        }
+        fill.setAlphaF(isLit ? 0.5f : 0.14f);
+        for (const QPolygonF &polygon : shape.polygons)
+            layer.add(polygon.translated(-area.topLeft()), qPremultiply(fill.rgba()));
     }
+    const auto outline = [&](const ChannelOccupancyLayout::Shape &shape, double width) {
+        const QRgb color = qPremultiply(m_entries[shape.entry].network->color().rgba());
+        for (const QPolygonF &polygon : shape.polygons)
+            layer.addOutline(polygon.translated(-area.topLeft()), color, width);
+    };
+    for (const ChannelOccupancyLayout::Shape &shape : chart.shapes) {
+        if (&shape != lit)
+            outline(shape, 1.3);
+    }
+    if (lit)
+        outline(*lit, 3.0);
+    layer.render(m_layer);
+    painter.drawImage(area.topLeft(), m_layer);
     painter.setRenderHint(QPainter::Antialiasing, false);
     for (const ChannelOccupancyLayout::Shape &shape : chart.shapes) {
         if (!shape.labelShown)

@@ -5,6 +5,7 @@
 
 #include <QFont>
 #include <QHash>
+#include <QImage>
 #include <QWidget>
 
 class PlotDelegate;
@@ -50,6 +51,7 @@ private:
     QList<ChannelOccupancyLayout::Chart> m_charts;
     QList<ChannelOccupancyLayout::Entry> m_entries;
     QHash<QString, double> m_widths; // measured label widths, kept between drawings
+    QImage m_layer;                  // the last chart's networks, its memory kept for the next
     QString m_highlighted;
     QPointF m_pointer;
 };
