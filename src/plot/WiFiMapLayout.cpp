@@ -112,7 +112,7 @@ WiFiMapLayout::layoutRing(const QList<NetworkObjectRef> &list, int ring, const Q
         const QSizeF text = measure(placement.label, placement.current);
         placement.textRect = QRectF(placement.point.x() - (text.width() - iconSize.width()) * 0.5,
                                     placement.point.y() - kLabelDrop, text.width(), text.height());
-        placements.append(placement);
+        placements.append(std::move(placement));
     }
     return placements;
 }

@@ -6,6 +6,8 @@
 #include <QPainter>
 #include <QSvgRenderer>
 
+#include <algorithm>
+
 namespace {
 
 // More names than the air holds in most places; past the limit the caches start over. A
@@ -69,11 +71,18 @@ QString WiFiView::displayText(const std::optional<QString> &text)
 {
     if (!text)
         return QString();
+    const auto unprintable = [](QChar ch) {
+        const QChar::Category category = ch.category();
+        return category == QChar::Other_Control || category == QChar::Separator_Line ||
+               category == QChar::Separator_Paragraph;
+    };
+    // Most names are printable as they are: they are shared, not copied (a city's map
+    // shows a hundred thousand of them in every drawing).
+    if (std::none_of(text->cbegin(), text->cend(), unprintable))
+        return *text;
     QString shown = *text;
     for (QChar &ch : shown) {
-        const QChar::Category category = ch.category();
-        if (category == QChar::Other_Control || category == QChar::Separator_Line ||
-            category == QChar::Separator_Paragraph)
+        if (unprintable(ch))
             ch = QChar::ReplacementCharacter;
     }
     return shown;
@@ -102,7 +111,10 @@ void WiFiView::initImagesIfNeeded()
 
 double WiFiView::textWidth(const QString &text, const QFont &font)
 {
-    if (font != m_widthCacheFont || m_widthCache.size() > m_textCacheLimit) {
+    // Comparing two fonts compares their families as text; a copy of the cached font (the
+    // usual case, a hundred thousand times per drawing of a city) is known at once.
+    if ((!font.isCopyOf(m_widthCacheFont) && font != m_widthCacheFont) ||
+        m_widthCache.size() > m_textCacheLimit) {
         m_widthCache.clear();
         m_widthCacheFont = font;
     }
@@ -153,7 +165,8 @@ void WiFiView::drawTextUpright(QPainter &painter, QPointF lowerLeft, const QStri
         painter.setFont(attributes.font);
     if (painter.pen().color() != attributes.color || painter.pen().widthF() != 1.0)
         painter.setPen(QPen(attributes.color, 1.0));
-    if (attributes.font != m_textCacheFont || m_textCache.size() > m_textCacheLimit) {
+    if ((!attributes.font.isCopyOf(m_textCacheFont) && attributes.font != m_textCacheFont) ||
+        m_textCache.size() > m_textCacheLimit) {
         m_textCache.clear();
         m_textCacheFont = attributes.font;
     }
