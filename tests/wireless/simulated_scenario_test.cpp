@@ -58,6 +58,8 @@ TEST(SimulatedScenario, DefaultsAndRawSsidBytes)
     EXPECT_EQ(list[0]->bssid(), u"0a:00:00:00:00:01"_s);
     EXPECT_TRUE(list[0]->supportsSecurity(kCWSecurityNone) &&
                 list[0]->supportsPHYMode(kCWPHYMode11g));
+    // Its real layout: the 20 MHz block of channel 1.
+    EXPECT_EQ(list[0]->operatingChannel().centerMHz, (std::array{2412, 0}));
 }
 
 // The link rate follows the SNR thresholds of each modulation, the width and the streams.

@@ -53,16 +53,8 @@ QString suites(const QVarLengthArray<std::uint32_t, 4> &list)
 
 QString vhtWidth(OperatingWidth width)
 {
-    switch (width) {
-    case OperatingWidth::W80:
-        return QStringLiteral("80");
-    case OperatingWidth::W160:
-        return QStringLiteral("160");
-    case OperatingWidth::W80p80:
-        return QStringLiteral("80+80");
-    default:
-        return QStringLiteral("20/40");
-    }
+    static const char *const names[] = {"20/40", "80", "160", "80+80"};
+    return QString::fromLatin1(names[int(width)]);
 }
 
 QString summary(const BssElements &e)
