@@ -137,6 +137,7 @@ TEST(CTGradient, Drawing)
     EXPECT_EQ(std::tuple(qGray(image.pixel(50, 0)) > 245, qGray(image.pixel(50, 49)) < 10,
                          qGray(image.pixel(50, 75)) < 10, qGray(image.pixel(0, 75)) > 235),
               std::tuple(true, true, true, true));
+    EXPECT_NEAR(qGray(image.pixel(25, 75)), 128, 8); // half way out: the circle fits the rect
     g.radialFillRect(nullptr, QRectF(0, 0, 10, 10)); // no painter: nothing happens
 }
 
