@@ -10,7 +10,9 @@
 #include <QRadialGradient>
 #include <QRegularExpression>
 
+#include <algorithm>
 #include <cmath>
+#include <utility>
 
 WiFiMapView::WiFiMapView(QWidget *parent) : WiFiView(parent) {}
 
@@ -76,6 +78,9 @@ void WiFiMapView::drawRect(QPainter &painter)
                 (bounds.height() - m_selfImage.deviceIndependentSize().height()) * 0.5),
         m_selfImage);
 
+    // What an earlier drawing placed is kept until a lookup enters it, unless this one
+    // places the very same networks in the same order, which makes it stale.
+    const QList<QList<WiFiMapLayout::Placement>> earlier = std::exchange(m_drawn, {});
     if (delegate()) {
         const WiFiMapLayout::Lists lists =
             WiFiMapLayout::ringLists(delegate()->networks(), currentBssid());
@@ -86,7 +91,28 @@ void WiFiMapView::drawRect(QPainter &painter)
         for (int ring = 1; ring <= WiFiMapLayout::kRings; ++ring)
             drawWifi(painter, lists[size_t(ring - 1)], ring, wifiImage(ring));
     }
+    const auto sameNetworks = [](const QList<WiFiMapLayout::Placement> &a,
+                                 const QList<WiFiMapLayout::Placement> &b) {
+        return std::equal(a.cbegin(), a.cend(), b.cbegin(), b.cend(),
+                          [](const auto &x, const auto &y) { return x.network == y.network; });
+    };
+    if (!std::equal(earlier.cbegin(), earlier.cend(), m_drawn.cbegin(), m_drawn.cend(),
+                    sameNetworks)) {
+        QList<QList<WiFiMapLayout::Placement>> later = std::exchange(m_drawn, earlier);
+        recordPlaces();
+        m_drawn = std::move(later);
+    }
     painter.restore();
+}
+
+void WiFiMapView::recordPlaces() const
+{
+    for (const QList<WiFiMapLayout::Placement> &placements : std::as_const(m_drawn)) {
+        for (const WiFiMapLayout::Placement &placement : placements)
+            m_locations.insert(placement.network->bssid(),
+                               {placement.imageRect, placement.textRect});
+    }
+    m_drawn.clear();
 }
 
 void WiFiMapView::drawWifi(QPainter &painter, const QList<NetworkObjectRef> &list, int ring,
@@ -110,8 +136,8 @@ void WiFiMapView::drawWifi(QPainter &painter, const QList<NetworkObjectRef> &lis
             drawTextUpright(painter, QPointF(placement.textRect.x(), placement.textRect.y()),
                             placement.label, placement.current ? m_curTextAttr : m_textAttr);
         }
-        m_locations.insert(placement.network->bssid(), {placement.imageRect, placement.textRect});
     }
+    m_drawn.append(placements);
 }
 
 NetworkObjectRef WiFiMapView::networkUnderMouse() const
@@ -125,6 +151,7 @@ NetworkObjectRef WiFiMapView::networkAtPoint(QPointF point) const
 {
     if (!delegate())
         return nullptr;
+    recordPlaces();
     for (const NetworkObjectRef &network : delegate()->networks()) {
         if (!network)
             continue;
@@ -139,6 +166,7 @@ NetworkObjectRef WiFiMapView::networkAtPoint(QPointF point) const
 
 WiFiMapView::Locations WiFiMapView::networkLocations() const
 {
+    recordPlaces();
     Locations locations;
     locations.reserve(m_locations.size());
     for (auto it = m_locations.cbegin(); it != m_locations.cend(); ++it) {

@@ -54,8 +54,14 @@ private:
     };
     std::optional<QString> currentBssid() const;
     WiFiMapLayout::TextMeasure textMeasure();
+    // Enters the places drawn since the last lookup into m_locations.
+    void recordPlaces() const;
 
     // Kept as rectangles: a survey of a city records a hundred thousand places per
     // drawing, and printing each as text would cost more than drawing it.
-    QHash<QString, Location> m_locations;
+    mutable QHash<QString, Location> m_locations;
+    // The placements drawn since, in order, entered by BSSID only when a lookup needs them:
+    // a city survey redrawn without a pointer over it would fill a hundred thousand table
+    // entries per drawing for nothing.
+    mutable QList<QList<WiFiMapLayout::Placement>> m_drawn;
 };
