@@ -24,10 +24,17 @@ int ceilInt(double v)
     return i + (v > double(i) ? 1 : 0);
 }
 
-// A coverage of 0 to 1 as a blending weight of 0 to 256.
-unsigned weight(double share)
+// A coverage of 0 to 1 as a blending weight of 0 to 256, clamped as an integer so that
+// the loop calling it stays vector code.
+unsigned weight(float share)
 {
-    return unsigned(std::clamp(share, 0.0, 1.0) * 256.0 + 0.5);
+    return unsigned(std::clamp(int(share * 256.0f + 0.5f), 0, 256));
+}
+
+// max(0, v) without a branch, so that loops over rows become vector code.
+float positive(float v)
+{
+    return (v + std::abs(v)) * 0.5f;
 }
 
 // Weights 0 and 256 leave the pixel or give the colour exactly.
@@ -45,8 +52,11 @@ QRgb blendPixel(QRgb dst, QRgb src, unsigned weight)
 
 LineRaster::LineRaster(QSize size)
     : m_width(std::max(0, size.width())), m_height(std::max(0, size.height())),
-      m_coverage(size_t(m_height), 0.0f), m_columns(size_t(m_width) * size_t(m_height), 0)
+      m_columns(size_t(m_width) * size_t(m_height), 0)
 {
+    // Joins and dense stretches rarely put more than a few pieces in one column.
+    m_pieces.reserve(8);
+    m_above.resize(size_t(m_height) + 1);
 }
 
 QImage LineRaster::toImage() const
@@ -122,12 +132,7 @@ void LineRaster::strokePolyline(const QPointF *points, qsizetype count, double w
                     flushColumn();
                     m_column = column;
                 }
-                // A piece as wide as the column is all the line puts there (points lie
-                // more than a pixel apart): it can go straight into the pixels.
-                if (x0 == double(column) && x1 == double(column) + 1.0 && m_top < 0)
-                    addPiece<true>(x0, x1, ya + slope * (x0 - xa), slope, halfHeight);
-                else
-                    addPiece<false>(x0, x1, ya + slope * (x0 - xa), slope, halfHeight);
+                addPiece(x0, x1, ya + slope * (x0 - xa), slope, halfHeight);
             }
         }
         flushColumn();
@@ -135,102 +140,80 @@ void LineRaster::strokePolyline(const QPointF *points, qsizetype count, double w
     }
 }
 
-template <bool kDirect>
 void LineRaster::addPiece(double x0, double x1, double y0, double slope, double halfHeight)
 {
     const double d = x1 - x0;
     const double thick = 2.0 * halfHeight;
     const double lo0 = y0 - halfHeight;
     const double lo1 = lo0 + slope * d;
-    const double minLo = std::min(lo0, lo1);
-    const double maxLo = std::max(lo0, lo1);
-    const double minHi = minLo + thick;
-    const double maxHi = maxLo + thick;
-    // A level piece is taken as rising by a millionth of a pixel per pixel, which shows
-    // nowhere and keeps the closed form below free of a special case.
-    const double rise = std::abs(slope) < 1e-6 ? (slope < 0.0 ? -1e-6 : 1e-6) : slope;
-    const double drop = rise * d;
-    const double halfInverse = 0.5 / rise;
-    // The integral over the piece of max(0, y - edge(t)) for the edge starting at `edge0`.
-    const auto area = [drop, halfInverse](double y, double edge0) {
-        const double r0 = std::max(0.0, y - edge0);
-        const double r1 = std::max(0.0, y - edge0 - drop);
-        return (r0 - r1) * (r0 + r1) * halfInverse;
-    };
-
-    // Rows [a, b) hold the band's upper edge (in image rows), [b, c) are covered for the
-    // whole piece, [c, e) hold its lower edge; a thin steep band has no middle and its
-    // edges share rows.
-    const int a = std::max(0, (floorInt(minLo)));
-    const int e = std::min(m_height, (ceilInt(maxHi)));
-    if (a >= e)
+    const int top = std::max(0, floorInt(std::min(lo0, lo1)));
+    const int bottom = std::min(m_height, ceilInt(std::max(lo0, lo1) + thick));
+    if (top >= bottom)
         return;
-    int b = std::clamp((ceilInt(maxLo)), a, e);
-    int c = std::clamp((floorInt(minHi)), a, e);
-    const bool apart = b <= c;
-    if (!apart)
-        b = c;
-    float *coverage = m_coverage.data();
-    QRgb *column = m_columns.data() + size_t(m_column) * size_t(m_height);
-    const auto put = [&](int row, double share) {
-        if constexpr (kDirect)
-            column[row] = blendPixel(column[row], m_color, weight(share));
-        else
-            coverage[row] += float(share);
-    };
-    const double hi0 = lo0 + thick;
-    // Above row c the lower edge is not reached yet.
-    double before = area(a, lo0);
-    for (int row = a; row < b; ++row) {
-        const double after = area(row + 1.0, lo0);
-        put(row, after - before);
-        before = after;
-    }
-    if constexpr (kDirect) {
-        const bool whole = d >= 1.0;
-        const unsigned part = weight(d);
-        for (int row = b; row < c; ++row)
-            column[row] = whole ? m_color : blendPixel(column[row], m_color, part);
-    } else {
-        for (int row = b; row < c; ++row)
-            coverage[row] += float(d);
-    }
-    if (apart) {
-        // Below row b the upper edge is passed: the piece covers d less what lies below
-        // the lower edge.
-        before = area(c, hi0);
-        for (int row = c; row < e; ++row) {
-            const double after = area(row + 1.0, hi0);
-            put(row, d - (after - before));
-            before = after;
-        }
-    } else {
-        before = area(c, lo0) - area(c, hi0);
-        for (int row = c; row < e; ++row) {
-            const double after = area(row + 1.0, lo0) - area(row + 1.0, hi0);
-            put(row, after - before);
-            before = after;
-        }
-    }
-    if constexpr (!kDirect) {
-        m_top = m_top < 0 ? a : std::min(m_top, a);
-        m_bottom = std::max(m_bottom, e - 1);
-    }
+    // A level piece is taken as rising by a millionth of a pixel per pixel, which shows
+    // nowhere and keeps the closed form in fillColumn() free of a special case.
+    const double rise = std::abs(slope) < 1e-6 ? 1e-6 : std::abs(slope);
+    // Where the upper edge is highest in the column.
+    const double start = std::min(lo0, lo1);
+    m_pieces.push_back(
+        {start - double(top), float(rise * d), float(thick), float(0.5 / rise), top, bottom});
 }
 
 void LineRaster::flushColumn()
 {
-    if (m_column < 0 || m_top < 0) {
-        m_column = -1;
-        return;
+    if (m_column >= 0 && !m_pieces.empty()) {
+        int top = m_height;
+        int bottom = 0;
+        for (const Piece &piece : m_pieces) {
+            top = std::min(top, piece.top);
+            bottom = std::max(bottom, piece.bottom);
+        }
+        QRgb *column = m_columns.data() + size_t(m_column) * size_t(m_height);
+        // Most columns hold one piece, those with a corner two.
+        switch (m_pieces.size()) {
+        case 1:
+            fillColumn<1>(column, top, bottom);
+            break;
+        case 2:
+            fillColumn<2>(column, top, bottom);
+            break;
+        default:
+            fillColumn<0>(column, top, bottom);
+            break;
+        }
     }
-    float *coverage = m_coverage.data();
-    QRgb *column = m_columns.data() + size_t(m_column) * size_t(m_height);
-    for (int row = m_top; row <= m_bottom; ++row) {
-        column[row] = blendPixel(column[row], m_color, weight(coverage[row]));
-        coverage[row] = 0.0f;
-    }
+    m_pieces.clear();
     m_column = -1;
-    m_top = -1;
-    m_bottom = -1;
+}
+
+template <int kCount> void LineRaster::fillColumn(QRgb *column, int top, int bottom)
+{
+    const Piece *pieces = m_pieces.data();
+    const int count = kCount > 0 ? kCount : int(m_pieces.size());
+    // How much of the column's pieces lies above row boundary top + i: per piece the
+    // integral over the piece of the band's height above it. For an edge running from v = 0
+    // to v = drop (rows below its highest point) that integral is c (2 v - c) / (2 rise),
+    // c being v clamped to [0, drop]. In floats, from small distances to the column's top
+    // row, without branches: the compiler does four rows at once.
+    const auto edge = [](float v, float drop) {
+        const float c = std::min(positive(v), drop);
+        return c * (2.0f * v - c);
+    };
+    const auto coveredAbove = [pieces, count, top, &edge](int i) {
+        float sum = 0.0f;
+        for (int k = 0; k < count; ++k) {
+            const Piece &p = pieces[k];
+            const float v = float(i) - float(p.start + double(p.top - top));
+            sum += (edge(v, p.drop) - edge(v - p.thick, p.drop)) * p.halfInverse;
+        }
+        return sum;
+    };
+    const int rows = bottom - top;
+    float *above = m_above.data();
+    for (int i = 0; i <= rows; ++i)
+        above[i] = coveredAbove(i);
+    const QRgb color = m_color;
+    QRgb *pixel = column + top;
+    for (int i = 0; i < rows; ++i)
+        pixel[i] = blendPixel(pixel[i], color, weight(above[i + 1] - above[i]));
 }

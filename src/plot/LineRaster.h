@@ -30,19 +30,33 @@ public:
     QImage toImage() const;
 
 private:
-    template <bool kDirect>
+    // The part of one straight stretch in the current column. Its upper edge is highest
+    // `start` rows below row `top` and falls (or rises) by `drop` rows across the piece,
+    // `halfInverse` being 0.5 / (drop per pixel); the band is `thick` rows tall. Rows
+    // [top, bottom) are the ones it touches.
+    struct Piece
+    {
+        double start;
+        float drop;
+        float thick;
+        float halfInverse;
+        int top;
+        int bottom;
+    };
+
     void addPiece(double x0, double x1, double y0, double slope, double halfHeight);
     void flushColumn();
+    template <int kCount> void fillColumn(QRgb *column, int top, int bottom);
 
     int m_width;
     int m_height;
     QRgb m_color = 0;
-    // Coverage of the column being gathered, by row: the pieces of one line in one column
-    // lie side by side, so their coverages add up.
+    // The pieces of one line in the column being gathered. They lie side by side, so
+    // their coverages add up; the column is blended once, when the line leaves it.
     int m_column = -1;
-    int m_top = -1;
-    int m_bottom = -1;
-    std::vector<float> m_coverage;
+    std::vector<Piece> m_pieces;
+    // What the pieces cover above each row boundary of the column.
+    std::vector<float> m_above;
     // The pixels column by column: a line is drawn down a column at a time, and a column
     // of an image row by row would touch a cache line per pixel.
     std::vector<QRgb> m_columns;
