@@ -48,6 +48,47 @@ QRgb blendPixel(QRgb dst, QRgb src, unsigned weight)
     return rb | ag;
 }
 
+// Adds to above[i], i < `count` (sets it for the `first` piece), how much of one piece of a
+// band lies above row boundary i. The piece's upper edge is highest `offset` rows below
+// boundary 0 and runs `drop` rows down or up across it; `halfInverse` is 0.5 / (drop per
+// pixel), `thick` the band's height. The integral over the piece of the band's height
+// above v rows below the edge's highest point is, per edge, c (2 v - c) / (2 rise), c
+// being v clamped to [0, drop]. In floats, from small distances, without branches or a
+// chain from row to row: vector code, several rows at once.
+#if defined(__x86_64__) && defined(__GNUC__) && !defined(__clang__)
+__attribute__((target_clones("avx2", "default")))
+#endif
+void addCoverage(float *above, int count, float offset, float drop, float thick,
+                 float halfInverse, bool first)
+{
+    const auto edge = [drop](float v) {
+        const float c = std::min(positive(v), drop);
+        return c * (2.0f * v - c);
+    };
+    const auto share = [&](int i) {
+        const float v = float(i) - offset;
+        return (edge(v) - edge(v - thick)) * halfInverse;
+    };
+    if (first) {
+        for (int i = 0; i < count; ++i)
+            above[i] = share(i);
+    } else {
+        for (int i = 0; i < count; ++i)
+            above[i] += share(i);
+    }
+}
+
+// Blends `rows` pixels with the colour by the differences of `above`. Processors with
+// wider vectors (and a 32-bit multiply in them) get a copy of their own.
+#if defined(__x86_64__) && defined(__GNUC__) && !defined(__clang__)
+__attribute__((target_clones("avx2", "default")))
+#endif
+void blendRows(QRgb *pixel, const float *above, int rows, QRgb color)
+{
+    for (int i = 0; i < rows; ++i)
+        pixel[i] = blendPixel(pixel[i], color, weight(above[i + 1] - above[i]));
+}
+
 } // namespace
 
 LineRaster::LineRaster(QSize size)
@@ -168,52 +209,17 @@ void LineRaster::flushColumn()
             top = std::min(top, piece.top);
             bottom = std::max(bottom, piece.bottom);
         }
-        QRgb *column = m_columns.data() + size_t(m_column) * size_t(m_height);
-        // Most columns hold one piece, those with a corner two.
-        switch (m_pieces.size()) {
-        case 1:
-            fillColumn<1>(column, top, bottom);
-            break;
-        case 2:
-            fillColumn<2>(column, top, bottom);
-            break;
-        default:
-            fillColumn<0>(column, top, bottom);
-            break;
+        // Each piece's share in a pass of its own, then the column's pixels in one more.
+        const int rows = bottom - top;
+        float *above = m_above.data();
+        for (size_t k = 0; k < m_pieces.size(); ++k) {
+            const Piece &p = m_pieces[k];
+            addCoverage(above, rows + 1, float(p.start + double(p.top - top)), p.drop, p.thick,
+                        p.halfInverse, k == 0);
         }
+        blendRows(m_columns.data() + size_t(m_column) * size_t(m_height) + top, above, rows,
+                  m_color);
     }
     m_pieces.clear();
     m_column = -1;
-}
-
-template <int kCount> void LineRaster::fillColumn(QRgb *column, int top, int bottom)
-{
-    const Piece *pieces = m_pieces.data();
-    const int count = kCount > 0 ? kCount : int(m_pieces.size());
-    // How much of the column's pieces lies above row boundary top + i: per piece the
-    // integral over the piece of the band's height above it. For an edge running from v = 0
-    // to v = drop (rows below its highest point) that integral is c (2 v - c) / (2 rise),
-    // c being v clamped to [0, drop]. In floats, from small distances to the column's top
-    // row, without branches: the compiler does four rows at once.
-    const auto edge = [](float v, float drop) {
-        const float c = std::min(positive(v), drop);
-        return c * (2.0f * v - c);
-    };
-    const auto coveredAbove = [pieces, count, top, &edge](int i) {
-        float sum = 0.0f;
-        for (int k = 0; k < count; ++k) {
-            const Piece &p = pieces[k];
-            const float v = float(i) - float(p.start + double(p.top - top));
-            sum += (edge(v, p.drop) - edge(v - p.thick, p.drop)) * p.halfInverse;
-        }
-        return sum;
-    };
-    const int rows = bottom - top;
-    float *above = m_above.data();
-    for (int i = 0; i <= rows; ++i)
-        above[i] = coveredAbove(i);
-    const QRgb color = m_color;
-    QRgb *pixel = column + top;
-    for (int i = 0; i < rows; ++i)
-        pixel[i] = blendPixel(pixel[i], color, weight(above[i + 1] - above[i]));
 }

@@ -46,7 +46,6 @@ private:
 
     void addPiece(double x0, double x1, double y0, double slope, double halfHeight);
     void flushColumn();
-    template <int kCount> void fillColumn(QRgb *column, int top, int bottom);
 
     int m_width;
     int m_height;
