@@ -8,28 +8,15 @@
 #include "util/StreamAlertPresenter.h"
 #include "wireless/WirelessBackend.h"
 
-#include <QApplication>
 #include <QSettings>
 #include <QTemporaryDir>
+
+#include "BenchApplication.h"
+#include "BenchNetwork.h"
 
 #include <benchmark/benchmark.h>
 
 namespace {
-CWNetworkRef benchNetwork(int i, int nameNumber)
-{
-    CWNetwork::Data d;
-    d.ssidData = QStringLiteral("Network %1").arg(nameNumber).toUtf8();
-    d.bssid = QStringLiteral("02:00:00:%1:%2:%3")
-                  .arg((i >> 16) & 0xff, 2, 16, QLatin1Char('0'))
-                  .arg((i >> 8) & 0xff, 2, 16, QLatin1Char('0'))
-                  .arg(i & 0xff, 2, 16, QLatin1Char('0'));
-    d.rssiValue = -40 - i % 50;
-    d.noiseMeasurement = -92;
-    d.wlanChannel = CWChannel(1 + i % 11, kCWChannelBand2GHz, kCWChannelWidth20MHz);
-    d.phyModes = (1u << kCWPHYMode11g) | (1u << kCWPHYMode11n);
-    d.securities = 1u << kCWSecurityWPA2Personal;
-    return CWNetwork::create(d);
-}
 
 // `total` networks: once `everything` is set the next scan reports all of them, every other
 // scan the next 200 in turn, `newPerScan` of them never heard before.
@@ -73,22 +60,11 @@ std::shared_ptr<FakeBackend> rotatingBackend(const std::shared_ptr<Rotation> &ro
     return backend;
 }
 
-QApplication &application()
-{
-    static int argc = 1;
-    static char name[] = "bench_cycle";
-    static char *argv[] = {name, nullptr};
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    // Never destroyed: Qt's own statics may be gone by the time exit handlers would run.
-    static QApplication *app = new QApplication(argc, argv);
-    return *app;
-}
-
 // state.range(1) of the 200 networks of each scan are new: the list grows and is sorted
 // every cycle, as on a drive through a city.
 void BM_UpdateCycle(benchmark::State &state)
 {
-    application();
+    ensureApplication();
     QTemporaryDir settings;
     QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, settings.path());
     auto rotation = std::make_shared<Rotation>();

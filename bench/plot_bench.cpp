@@ -119,22 +119,36 @@ BENCHMARK(BM_ChannelPaint)
     ->Args({100000, 5})
     ->Unit(benchmark::kMillisecond);
 
+// The all-networks plot in its view, as the window holds it.
+struct SignalPlot
+{
+    explicit SignalPlot(BenchDelegate &delegate)
+    {
+        host.setIdentifier(QStringLiteral("signal"));
+        host.resize(kSize);
+        plot.setDelegate(&delegate);
+        plot.render(QList<QVariantMap>(), &host, nullptr, false);
+    }
+    // What an update cycle does: choose the series again, then feed every record's history.
+    void update(const BenchDelegate &delegate)
+    {
+        plot.updateSignalPlot();
+        for (const NetworkObjectRef &network : delegate.networks())
+            plot.setData(network->signals(), network->bssid());
+    }
+    PlotView host;
+    RealTimePlot plot;
+};
+
 void BM_SignalPlotPaint(benchmark::State &state)
 {
     ensureApplication();
     const int count = int(state.range(0));
     BenchDelegate delegate(count, NetworkObject::kHistoryCapacity, count);
-    PlotView host;
-    host.setIdentifier(QStringLiteral("signal"));
-    host.resize(kSize);
-    RealTimePlot plot;
-    plot.setDelegate(&delegate);
-    plot.render(QList<QVariantMap>(), &host, nullptr, false);
-    plot.updateSignalPlot();
-    for (const NetworkObjectRef &network : delegate.networks())
-        plot.setData(network->signals(), network->bssid());
+    SignalPlot signal(delegate);
+    signal.update(delegate);
     QCoreApplication::sendPostedEvents();
-    paintLoop(state, host);
+    paintLoop(state, signal.host);
 }
 BENCHMARK(BM_SignalPlotPaint)->Arg(0)->Arg(10)->Arg(50)->Arg(200)->Unit(benchmark::kMillisecond);
 
@@ -145,26 +159,19 @@ void BM_SignalPlotUpdatePaint(benchmark::State &state)
     ensureApplication();
     const int count = int(state.range(0));
     BenchDelegate delegate(count, NetworkObject::kHistoryCapacity, count);
-    PlotView host;
-    host.setIdentifier(QStringLiteral("signal"));
-    host.resize(kSize);
-    RealTimePlot plot;
-    plot.setDelegate(&delegate);
-    plot.render(QList<QVariantMap>(), &host, nullptr, false);
+    SignalPlot signal(delegate);
     QCoreApplication::sendPostedEvents();
-    QImage image(host.size(), QImage::Format_ARGB32_Premultiplied);
+    QImage image(signal.host.size(), QImage::Format_ARGB32_Premultiplied);
     int cycle = 0;
     for (auto _ : state) {
         state.PauseTiming();
         delegate.advance(cycle++);
         state.ResumeTiming();
-        plot.updateSignalPlot();
-        for (const NetworkObjectRef &network : delegate.networks())
-            plot.setData(network->signals(), network->bssid());
+        signal.update(delegate);
         QCoreApplication::sendPostedEvents();
         QPainter painter(&image);
         painter.setRenderHint(QPainter::Antialiasing);
-        host.render(&painter);
+        signal.host.render(&painter);
         painter.end();
         benchmark::DoNotOptimize(image.constBits());
     }
@@ -176,21 +183,14 @@ void BM_PlotCycle(benchmark::State &state)
 {
     ensureApplication();
     BenchDelegate delegate(int(state.range(0)), NetworkObject::kHistoryCapacity, 10);
-    PlotView host;
-    host.setIdentifier(QStringLiteral("signal"));
-    host.resize(kSize);
-    RealTimePlot plot;
-    plot.setDelegate(&delegate);
-    plot.render(QList<QVariantMap>(), &host, nullptr, false);
+    SignalPlot signal(delegate);
     QCoreApplication::sendPostedEvents();
     int cycle = 0;
     for (auto _ : state) {
         state.PauseTiming();
         delegate.advance(cycle++);
         state.ResumeTiming();
-        plot.updateSignalPlot();
-        for (const NetworkObjectRef &network : delegate.networks())
-            plot.setData(network->signals(), network->bssid());
+        signal.update(delegate);
     }
 }
 BENCHMARK(BM_PlotCycle)->Arg(1000)->Arg(100000)->Unit(benchmark::kMillisecond);

@@ -18,6 +18,7 @@
 #include <QTemporaryDir>
 
 #include "BenchApplication.h"
+#include "BenchNetwork.h"
 
 #include <benchmark/benchmark.h>
 
@@ -27,20 +28,9 @@ namespace {
 std::shared_ptr<FakeBackend> cityBackend(int total)
 {
     QList<CWNetworkRef> all;
-    for (int i = 0; i < total; ++i) {
-        CWNetwork::Data d;
-        d.ssidData = QStringLiteral("Network %1").arg(i * 7919 % total).toUtf8();
-        d.bssid = QStringLiteral("02:00:00:%1:%2:%3")
-                      .arg((i >> 16) & 0xff, 2, 16, QLatin1Char('0'))
-                      .arg((i >> 8) & 0xff, 2, 16, QLatin1Char('0'))
-                      .arg(i & 0xff, 2, 16, QLatin1Char('0'));
-        d.rssiValue = -40 - i % 50;
-        d.noiseMeasurement = -92;
-        d.wlanChannel = CWChannel(1 + i % 11, kCWChannelBand2GHz, kCWChannelWidth20MHz);
-        d.phyModes = (1u << kCWPHYMode11g) | (1u << kCWPHYMode11n);
-        d.securities = 1u << (i % 3 ? kCWSecurityWPA2Personal : kCWSecurityNone);
-        all.append(CWNetwork::create(d));
-    }
+    for (int i = 0; i < total; ++i)
+        all.append(benchNetwork(i, i * 7919 % total,
+                                1u << (i % 3 ? kCWSecurityWPA2Personal : kCWSecurityNone)));
     auto backend = std::make_shared<FakeBackend>();
     backend->scanner = [all](CWError *) mutable { return std::exchange(all, {}); };
     return backend;

@@ -30,6 +30,25 @@ int compareKeys(bool aCurrent, const std::optional<QString> &aName, bool bCurren
 // Room left between neighbouring labels when they are handed out one by one.
 constexpr quint64 kLabelStep = quint64(1) << 32;
 
+// Moves the records and their slots into the order given: `positionOf` names the place
+// each entry of `order` held before.
+template <typename Order, typename PositionOf>
+void reorder(QList<NetworkObjectRef> &items, std::vector<quint32> &slots, const Order &order,
+             PositionOf positionOf)
+{
+    QList<NetworkObjectRef> sortedItems;
+    sortedItems.reserve(items.capacity());
+    std::vector<quint32> sortedSlots;
+    sortedSlots.reserve(slots.capacity());
+    for (const auto &entry : order) {
+        const std::size_t from = std::size_t(positionOf(entry));
+        sortedItems.append(std::move(items[qsizetype(from)]));
+        sortedSlots.push_back(slots[from]);
+    }
+    items = std::move(sortedItems);
+    slots = std::move(sortedSlots);
+}
+
 } // namespace
 
 void NetworkList::reserve(qsizetype n)
@@ -189,16 +208,7 @@ void NetworkList::sortByKeys(quint32 current)
         // A hidden network (label 0) compares equal to anything.
         return a.label != 0 && b.label != 0 && a.label < b.label;
     });
-    QList<NetworkObjectRef> sorted;
-    sorted.reserve(m_items.capacity());
-    std::vector<quint32> slots;
-    slots.reserve(m_slots.capacity());
-    for (const Place &p : order) {
-        sorted.append(std::move(m_items[p.place]));
-        slots.push_back(p.slot);
-    }
-    m_items = std::move(sorted);
-    m_slots = std::move(slots);
+    reorder(m_items, m_slots, order, [](const Place &p) { return p.place; });
     m_sortedCurrent = current;
     m_sorted = true;
     m_refreshAll = false;
@@ -235,16 +245,7 @@ void NetworkList::sortForDisplay(const std::optional<QString> &currentBssid)
         return compareKeys(a.current, names[std::size_t(a.index)], b.current,
                            names[std::size_t(b.index)]) < 0;
     });
-    QList<NetworkObjectRef> sorted;
-    sorted.reserve(m_items.capacity());
-    std::vector<quint32> slots;
-    slots.reserve(m_slots.capacity());
-    for (const Key &key : keys) {
-        sorted.append(std::move(m_items[key.index]));
-        slots.push_back(m_slots[std::size_t(key.index)]);
-    }
-    m_items = std::move(sorted);
-    m_slots = std::move(slots);
+    reorder(m_items, m_slots, keys, [](const Key &key) { return key.index; });
     m_sortedCurrent = kNoSlot;
     m_sorted = false; // the next sort of changes starts over
     m_changed.clear();
