@@ -19,14 +19,6 @@
 
 using namespace Qt::StringLiterals;
 
-namespace {
-QString bit(bool b)
-{
-    return b ? QStringLiteral("1") : QStringLiteral("0");
-}
-
-} // namespace
-
 TEST(Beacons, RealCapturesMatchTheReferenceDecoding)
 {
     const std::vector<ReferenceRows::Row> expected = ReferenceRows::read();
@@ -49,6 +41,7 @@ TEST(Beacons, RealCapturesMatchTheReferenceDecoding)
         EXPECT_EQ(reader->badPackets(), 0) << file.toStdString();
     }
 
+    auto bit = [](bool b) { return b ? u"1"_s : u"0"_s; };
     int checked = 0, wide = 0;
     QHash<QString, int> rowsPerFile;
     for (const ReferenceRows::Row &row : expected) {

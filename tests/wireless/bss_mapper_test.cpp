@@ -45,13 +45,10 @@ TEST(BssNetworkMapper, NetworkDataFromObservation)
     const BssElements e = ElementDecoder::decode(
         ElementText::fromHex("00 04 43616665 01 08 82848b960c121824 03 01 0b 07 03 667220 "
                              "30 14 0100 000fac04 0100 000fac04 0100 000fac02 0000"));
-    BssObservation o;
-    o.bssid = ElementText::fromHex("0012BF1232A9");
-    o.capability = BssNetworkMapper::kCapabilityPrivacy | BssNetworkMapper::kCapabilityIBSS;
-    o.beaconInterval = 100;
-    o.frequencyMHz = 2462;
-    o.signalDbm = -48;
-    o.noiseDbm = -91;
+    // BSSID, capability, beacon interval, frequency, signal, noise.
+    using M = BssNetworkMapper;
+    const BssObservation o(ElementText::fromHex("0012BF1232A9"),
+                           M::kCapabilityPrivacy | M::kCapabilityIBSS, 100, 2462, -48, -91);
     const CWNetwork::Data d = BssNetworkMapper::networkData(e, o);
     EXPECT_EQ(std::tuple(d.ssidData, d.ssidPresent, d.bssid, d.rssiValue, d.noiseMeasurement),
               std::tuple(QByteArray("Cafe"), true, QStringLiteral("00:12:bf:12:32:a9"), -48, -91));

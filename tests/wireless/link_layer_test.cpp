@@ -4,7 +4,8 @@
 #include "wireless/capture/LinkLayer.h"
 #include "wireless/capture/ManagementFrame.h"
 
-#include <QtEndian>
+#include <QDataStream>
+#include <QIODevice>
 
 #include <gtest/gtest.h>
 
@@ -14,56 +15,40 @@ const std::uint8_t *bytes(const QByteArray &b)
     return reinterpret_cast<const std::uint8_t *>(b.constData());
 }
 
-void put32(QByteArray &b, std::uint32_t v, bool big = false)
-{
-    char raw[4];
-    if (big)
-        qToBigEndian(v, raw);
-    else
-        qToLittleEndian(v, raw);
-    b.append(raw, 4);
-}
-
 // A Prism header in the writer's byte order: channel 6, RSSI -70, noise item marked absent.
 QByteArray prismHeader(bool big)
 {
     QByteArray h;
-    put32(h, 0x44, big);
-    put32(h, 144, big);
-    h.append(QByteArray("wlan0").leftJustified(16, '\0'));
-    const std::int32_t values[10] = {1, 2, 6, -70, 0, 40, -95, 2, 0, 60};
-    for (int i = 0; i < 10; ++i) {
-        put32(h, std::uint32_t((i + 1) << 16 | 0x44), big);
-        const std::uint16_t status = i == 6 ? 1 : 0;
-        const std::uint16_t len = 4;
-        h.append(big ? char(status >> 8) : char(status)).append(big ? char(status) : char(0));
-        h.append(big ? char(0) : char(len)).append(big ? char(len) : char(0));
-        put32(h, std::uint32_t(values[i]), big);
-    }
+    QDataStream s(&h, QIODevice::WriteOnly);
+    s.setByteOrder(big ? QDataStream::BigEndian : QDataStream::LittleEndian);
+    s << quint32(0x44) << quint32(144);
+    s.writeRawData(QByteArray("wlan0").leftJustified(16, '\0').constData(), 16);
+    const qint32 values[10] = {1, 2, 6, -70, 0, 40, -95, 2, 0, 60};
+    for (int i = 0; i < 10; ++i) // item id, status (1: absent), length, value
+        s << quint32((i + 1) << 16 | 0x44) << quint16(i == 6 ? 1 : 0) << quint16(4) << values[i];
     return h;
 }
 
 QByteArray avsHeader(std::uint32_t ssiType)
 {
     QByteArray h;
+    QDataStream s(&h, QIODevice::WriteOnly);
     for (std::uint32_t v : {0x80211001u, 64u, 0u, 0u, 0u, 0u, 1u, 36u, 120u, 0u, 0u, ssiType,
                             std::uint32_t(-52), std::uint32_t(-97), 0u, 0u})
-        put32(h, v, true);
+        s << v;
     return h;
 }
 
 QByteArray ppiHeader(int inner, bool fcs)
 {
-    QByteArray common = ElementText::fromHex("0000000000000000"); // TSFT
-    common += ElementText::fromHex(fcs ? "0100" : "0000");        // flags
-    common += ElementText::fromHex("0c00 3c14 4001 0000");        // rate, 5180 MHz, ...
-    common += ElementText::fromHex("c0 80");                      // -64 dBm, noise "none"
+    const QByteArray fields = ElementText::fromHex("0200 1400 0000000000000000") + // TSFT
+                              ElementText::fromHex(fcs ? "0100" : "0000") +        // flags
+                              ElementText::fromHex("0c00 3c14 4001 0000") + // rate, 5180 MHz, ...
+                              ElementText::fromHex("c0 80");                // -64 dBm, noise "none"
     QByteArray h = ElementText::fromHex("00 00");
-    QByteArray fields = ElementText::fromHex("0200 1400") + common;
-    char len[2];
-    qToLittleEndian(std::uint16_t(8 + fields.size()), len);
-    h.append(len, 2);
-    put32(h, std::uint32_t(inner));
+    QDataStream s(&h, QIODevice::Append);
+    s.setByteOrder(QDataStream::LittleEndian);
+    s << quint16(8 + fields.size()) << quint32(inner);
     return h + fields;
 }
 

@@ -17,13 +17,8 @@ QByteArray fromHex(const char *hex)
 QString rates(const BssElements &elements)
 {
     QStringList out;
-    for (const RateEntry &r : elements.rates) {
-        QString text = r.halfMbps % 2 ? QString::number(r.halfMbps / 2.0, 'f', 1)
-                                      : QString::number(r.halfMbps / 2);
-        if (r.basic)
-            text += u'*';
-        out << text;
-    }
+    for (const RateEntry &r : elements.rates) // "5.5", "1*" (basic)
+        out << QString::number(r.halfMbps / 2.0) + (r.basic ? QStringLiteral("*") : QString());
     const struct
     {
         unsigned bit;
@@ -110,12 +105,11 @@ QString summary(const BssElements &e)
     if (e.meshId)
         out << QStringLiteral("mesh=") + QString::fromLatin1(e.meshId->toHex());
     QString flags;
-    if (e.flags & BssElements::kTruncated)
-        flags += u'T';
-    if (e.flags & BssElements::kMalformed)
-        flags += u'M';
-    if (e.flags & BssElements::kDuplicate)
-        flags += u'D';
+    const std::pair<unsigned, char> letters[] = {{BssElements::kTruncated, 'T'},
+                                                 {BssElements::kMalformed, 'M'},
+                                                 {BssElements::kDuplicate, 'D'}};
+    for (const auto &[bit, letter] : letters)
+        flags += e.flags & bit ? QString(QLatin1Char(letter)) : QString();
     if (!flags.isEmpty())
         out << QStringLiteral("flags=") + flags;
     return out.join(u' ');

@@ -27,25 +27,21 @@ std::vector<Row> read(const QString &path)
     if (!file.open(QIODevice::ReadOnly))
         return rows;
     const QStringList header = QString::fromUtf8(file.readLine()).trimmed().split(u'\t');
-    while (!file.atEnd()) {
-        QString line = QString::fromUtf8(file.readLine());
-        line.chop(line.endsWith(u'\n') ? 1 : 0);
+    for (const QString &line : QString::fromUtf8(file.readAll()).split(u'\n')) {
         if (line.isEmpty() || line.startsWith(u'#'))
             continue;
         const QStringList cells = line.split(u'\t');
-        Row row;
+        Row &row = rows.emplace_back();
         for (qsizetype i = 0; i < header.size() && i < cells.size(); ++i)
             row.cell.insert(header[i], cells[i]);
-        rows.push_back(row);
     }
     return rows;
 }
 
 std::vector<Row> table(const char *name)
 {
-    const QString path = qEnvironmentVariable("CORVANE_SOURCE_DIR") +
-                         QStringLiteral("/tests/wireless/data/") + QLatin1String(name) +
-                         QStringLiteral(".tsv");
+    const QString path = u"%1/tests/wireless/data/%2.tsv"_s.arg(
+        qEnvironmentVariable("CORVANE_SOURCE_DIR"), QLatin1String(name));
     std::vector<Row> rows = read(path);
     EXPECT_FALSE(rows.empty()) << "no rows in " << path.toStdString();
     return rows;
@@ -95,13 +91,11 @@ void checkBoundary(const Row &row, const CWNetwork::Data &d)
                    : bOnly ? u""_s
                            : u"3"_s) |
                   (ht ? 1u << kCWPHYMode11n : 0u));
-    int width = kCWChannelWidth20MHz;
-    if (label.contains(u"HT40"_s))
-        width = kCWChannelWidth40MHz;
-    if (label.contains(u"VHT:80"_s))
-        width = kCWChannelWidth80MHz;
-    if (label.contains(u"VHT:160"_s) || label.contains(u"VHT:80+80"_s))
-        width = kCWChannelWidth160MHz;
+    const int width = label.contains(u"VHT:160"_s) || label.contains(u"VHT:80+80"_s)
+                          ? kCWChannelWidth160MHz
+                      : label.contains(u"VHT:80"_s) ? kCWChannelWidth80MHz
+                      : label.contains(u"HT40"_s)   ? kCWChannelWidth40MHz
+                                                    : kCWChannelWidth20MHz;
     EXPECT_EQ(d.wlanChannel, CWChannel(d.wlanChannel.channelNumber(),
                                        fiveGHz ? kCWChannelBand5GHz : kCWChannelBand2GHz, width));
     EXPECT_EQ(d.ibss, label.contains(u"IBSS"_s));
