@@ -192,14 +192,7 @@ TEST(LinuxNl80211Parser, IncompleteSurveyInterfaceAndRegulatoryReplies)
 TEST(LinuxScanResults, StaleEntriesSignalAndNoise)
 {
     auto bssAt = [](quint32 freq, quint32 seen, std::optional<int> mbm, std::optional<int> unspec) {
-        Nl80211Bss bss;
-        bss.bssid = kBssid;
-        bss.frequency = freq;
-        bss.ies = kIes;
-        bss.seenMsAgo = seen;
-        bss.signalMbm = mbm;
-        bss.signalUnspec = unspec;
-        return bss;
+        return Nl80211Bss{kBssid, freq, 0, 0, kIes, mbm, unspec, seen, {}};
     };
     QList<Nl80211Bss> bsses{bssAt(2437, 0, -4500, std::nullopt),
                             bssAt(2437, LinuxScanResults::kMaxAgeMs + 1, -3000, std::nullopt),
@@ -213,8 +206,8 @@ TEST(LinuxScanResults, StaleEntriesSignalAndNoise)
             return nullptr;
         });
     ASSERT_EQ(networks.size(), 3);
-    EXPECT_EQ(networks[0]->bssid(), u"02:ab:00:cd:00:01"_s);
-    EXPECT_EQ(networks[0]->ssid(), u"Café"_s);
+    EXPECT_EQ(std::pair(networks[0]->bssid(), networks[0]->ssid()),
+              std::pair(u"02:ab:00:cd:00:01"_s, std::optional(u"Café"_s)));
     // Measured noise, else the band's floor; an unspecified signal of 60 % of -100..-50.
     EXPECT_EQ(std::tuple(networks[0]->rssiValue(), networks[0]->noiseMeasurement(),
                          networks[1]->rssiValue(), networks[1]->noiseMeasurement(),

@@ -108,16 +108,17 @@ TEST(LinuxNmSettings, EnterpriseNeedsAUserName)
 {
     CWError error;
     auto profile = CW8021XProfile::profile(); // "Default" with an empty user name field
-    const QVariantMap parameters{{kCWAssocKey8021XProfile, QVariant::fromValue(profile)}};
-    EXPECT_FALSE(NmSettingsBuilder::joinSettings(networkWith(1u << kCWSecurityWPA2Enterprise, 6),
-                                                 NmSettingsBuilder::Security::Enterprise,
-                                                 parameters, &error));
+    auto join = [&] {
+        return NmSettingsBuilder::joinSettings(
+            networkWith(1u << kCWSecurityWPA2Enterprise, 6),
+            NmSettingsBuilder::Security::Enterprise,
+            {{kCWAssocKey8021XProfile, QVariant::fromValue(profile)}}, &error);
+    };
+    EXPECT_FALSE(join());
     EXPECT_EQ(error.localizedDescription(),
               u"This network needs an 802.1X user name and password"_s);
     profile->setUsername(u"bob"_s);
-    const auto settings = NmSettingsBuilder::joinSettings(
-        networkWith(1u << kCWSecurityWPA2Enterprise, 6), NmSettingsBuilder::Security::Enterprise,
-        parameters, &error);
+    const auto settings = join();
     ASSERT_TRUE(settings);
     // No password given: none is sent, so NetworkManager asks its agent.
     EXPECT_FALSE(settings->value(u"802-1x"_s).contains(u"password"_s));

@@ -241,7 +241,6 @@ public:
         return qdbus_cast<QMap<QString, int>>(mockCall(u"Counters"_s)).value(name, -1);
     }
 
-    QDBusConnection &bus() { return *m_bus; }
 
     static CWNetworkRef network(const QByteArray &ssid, unsigned securities = 1,
                                 std::optional<int> mode = 0)
