@@ -7,6 +7,7 @@
 #include "wireless/replay/ReplayBackend.h"
 
 #include <QFile>
+#include <QScopeGuard>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -36,12 +37,6 @@ std::vector<std::string> describe(const QList<CWNetworkRef> &scan)
 
 using Scan = std::vector<std::string>;
 
-class ClockScope
-{
-public:
-    explicit ClockScope(const ManualClock *clock) { Clock::setInstance(clock); }
-    ~ClockScope() { Clock::setInstance(nullptr); }
-};
 } // namespace
 
 TEST(ReplayBackend, FullSpeedServesOneWindowPerScan)
@@ -63,20 +58,19 @@ TEST(ReplayBackend, FullSpeedServesOneWindowPerScan)
         ASSERT_TRUE(reader->next(&frame));
         EXPECT_EQ(frame.timeUs, kT0 + at);
     }
-    CWError e;
-    // [0, 2): the latest frame of each BSSID, in order of first appearance.
-    EXPECT_EQ(describe(replay->scanForNetworks(name, {}, &e)),
-              (Scan{"01@-43", "02@-52", "03@-63"}));
-    EXPECT_TRUE(e.isNull());
-    EXPECT_EQ(describe(replay->scanForNetworks(name, {}, &e)), (Scan{"01@-44"})); // [2, 4)
-    EXPECT_FALSE(replay->finished());
-    // [4, 6) holds nothing and is skipped; [6, 8) is the last.
-    EXPECT_EQ(describe(replay->scanForNetworks(name, {}, &e)), (Scan{"02@-56"}));
-    EXPECT_TRUE(replay->finished());
-    EXPECT_EQ(finishedSignals, 1);
-    EXPECT_TRUE(replay->scanForNetworks(name, {}, &e).isEmpty());
-    EXPECT_TRUE(e.isNull());
-    EXPECT_EQ(finishedSignals, 1);
+    // [0, 2): the latest frame of each BSSID, in order of first appearance; [2, 4); [4, 6)
+    // holds nothing and is skipped, [6, 8) is the last; then nothing, and no second signal.
+    const std::pair<Scan, bool> scans[] = {{{"01@-43", "02@-52", "03@-63"}, false},
+                                           {{"01@-44"}, false},
+                                           {{"02@-56"}, true},
+                                           {{}, true}};
+    for (const auto &[scan, finished] : scans) {
+        CWError e;
+        EXPECT_EQ(describe(replay->scanForNetworks(name, {}, &e)), scan);
+        EXPECT_TRUE(e.isNull());
+        EXPECT_EQ(std::pair(replay->finished(), finishedSignals),
+                  std::pair(finished, int(finished)));
+    }
 
     // The window may change between scans; a length below zero is ignored.
     replay = ReplayBackend::open(data("office.pcap"), 0, nullptr);
@@ -93,7 +87,8 @@ TEST(ReplayBackend, FullSpeedServesOneWindowPerScan)
 TEST(ReplayBackend, RealSpeedFollowsTheClock)
 {
     ManualClock clock(QDateTime::fromMSecsSinceEpoch(1000000));
-    ClockScope scope(&clock);
+    Clock::setInstance(&clock);
+    const auto restore = qScopeGuard([] { Clock::setInstance(nullptr); });
     QString error;
     auto replay = ReplayBackend::open(data("office.pcap"), 2.0, &error);
     ASSERT_TRUE(replay) << error.toStdString();
