@@ -117,12 +117,10 @@ private Q_SLOTS:
         QElapsedTimer elapsed;
         elapsed.start();
         // Past the request timeout every stalled client has been answered and dropped.
-        QTRY_VERIFY_WITH_TIMEOUT(std::all_of(clients.begin(), clients.end(),
-                                             [](const auto &c) {
-                                                 return c->state() ==
-                                                        QAbstractSocket::UnconnectedState;
-                                             }),
-                                 5000);
+        const auto closed = [](const auto &c) {
+            return c->state() == QAbstractSocket::UnconnectedState;
+        };
+        QTRY_VERIFY_WITH_TIMEOUT(std::ranges::all_of(clients, closed), 5000);
         // Generous bound: the timer must have kept firing, not merely resumed at the end.
         QVERIFY2(ticks >= elapsed.elapsed() / 20 / 3, qPrintable(QString::number(ticks)));
         QVERIFY(statusAnswers());

@@ -3,6 +3,7 @@
 
 #include <QByteArray>
 #include <QFile>
+#include <QtEndian>
 
 #include <pcap/pcap.h>
 
@@ -37,10 +38,7 @@ QByteArray beaconOf(int ap, int lap)
     // Beacon header: to everyone, from and about the network's own address.
     p.append(QByteArray::fromHex("80000000ffffffffffff"));
     QByteArray address = QByteArray::fromHex("020000000000");
-    address[2] = char((ap >> 24) & 0xff);
-    address[3] = char((ap >> 16) & 0xff);
-    address[4] = char((ap >> 8) & 0xff);
-    address[5] = char(ap & 0xff);
+    qToBigEndian(quint32(ap), address.data() + 2);
     p.append(address).append(address);
     appendLe16(p, (lap & 0xfff) << 4);
 
