@@ -2,6 +2,7 @@
 // The Linux backend's pure parts: connection settings, failure texts, the polkit subject's
 // start time and the sysfs facts (rfkill, link state) read from a fake tree.
 
+#include "support/TestNetwork.h"
 #include "wireless/CWKeys.h"
 #include "wireless/CWTypes.h"
 #include "wireless/linux/NmFailureText.h"
@@ -18,16 +19,6 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-
-CWNetwork networkWith(unsigned securities, std::optional<int> mode, QByteArray ssid = "net")
-{
-    CWNetwork::Data d;
-    d.ssidData = std::move(ssid);
-    d.bssid = u"02:00:00:00:00:01"_s;
-    d.securities = securities;
-    d.securityMode = mode;
-    return CWNetwork(d);
-}
 
 void writeFile(const QString &path, const QByteArray &contents)
 {
@@ -76,8 +67,8 @@ TEST(LinuxNmSettings, KeyShapesAndSecurityOfANetwork)
         {0u, std::nullopt, 0x100, false, S::Psk},   // only NetworkManager knows
     };
     for (const auto &row : rows)
-        EXPECT_EQ(NmSettingsBuilder::securityFor(networkWith(row.securities, row.mode), row.apFlags,
-                                                 row.profile),
+        EXPECT_EQ(NmSettingsBuilder::securityFor(*testNetwork("net", row.securities, row.mode),
+                                                 row.apFlags, row.profile),
                   row.expected)
             << row.securities << " " << row.apFlags;
 }
@@ -92,7 +83,7 @@ TEST(LinuxNmSettings, HostileSsidsMakeSafeNames)
     const QByteArray raw("a\tb\0\xff", 5);
     CWError error;
     const auto settings = NmSettingsBuilder::joinSettings(
-        networkWith(1, 0, raw), NmSettingsBuilder::Security::Open, {}, &error);
+        *testNetwork(raw), NmSettingsBuilder::Security::Open, {}, &error);
     ASSERT_TRUE(settings);
     EXPECT_EQ(NmSettingsBuilder::ssidOf(*settings), raw);
 
@@ -110,7 +101,7 @@ TEST(LinuxNmSettings, EnterpriseNeedsAUserName)
     auto profile = CW8021XProfile::profile(); // "Default" with an empty user name field
     auto join = [&] {
         return NmSettingsBuilder::joinSettings(
-            networkWith(1u << kCWSecurityWPA2Enterprise, 6),
+            *testNetwork("net", 1u << kCWSecurityWPA2Enterprise, 6),
             NmSettingsBuilder::Security::Enterprise,
             {{kCWAssocKey8021XProfile, QVariant::fromValue(profile)}}, &error);
     };

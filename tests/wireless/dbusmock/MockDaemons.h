@@ -8,11 +8,11 @@
 // fixture's cleanup reports an action answered more than once, even one that hears of the
 // daemons leaving only after it had answered.
 
-#include "wireless/CWNetwork.h"
 #include "wireless/linux/LinuxBackend.h"
 #include "wireless/linux/NetworkManagerClient.h"
 #include "wireless/linux/NmConnector.h"
 #include "wireless/linux/NmSavedProfiles.h"
+#include "wireless/support/TestNetwork.h"
 
 #include <QCoreApplication>
 #include <QDBusConnection>
@@ -239,18 +239,6 @@ public:
     int counter(const QString &name) const
     {
         return qdbus_cast<QMap<QString, int>>(mockCall(u"Counters"_s)).value(name, -1);
-    }
-
-
-    static CWNetworkRef network(const QByteArray &ssid, unsigned securities = 1,
-                                std::optional<int> mode = 0)
-    {
-        CWNetwork::Data d;
-        d.ssidData = ssid;
-        d.bssid = u"02:00:00:00:01:00"_s;
-        d.securities = securities;
-        d.securityMode = mode;
-        return CWNetwork::create(d);
     }
 
     NetworkManagerClient *nm = nullptr;
