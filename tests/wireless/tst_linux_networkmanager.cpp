@@ -153,21 +153,19 @@ private Q_SLOTS:
     {
         // A saved connection for the SSID is activated as it is when no new key is given;
         // NetworkManager's access point object is named as the specific object.
-        NmSettings infrastructure;
-        infrastructure[u"802-11-wireless"_s] = {{u"mode"_s, u"infrastructure"_s}};
-        const QString path = m.addSaved(u"Home"_s, "home", {}, infrastructure);
+        const QString path = m.addSaved(
+            u"Home"_s, "home", {}, {{u"802-11-wireless"_s, {{u"mode"_s, u"infrastructure"_s}}}});
         QVERIFY(!path.isEmpty());
         m.mockCall(u"AddAccessPoint"_s, {u"02:00:00:00:01:00"_s, 0x188u});
 
-        const auto home = testNetwork("home", 1u << kCWSecurityWPA2Personal, 3);
-        QCOMPARE(m.join(home), QString());
-        QCOMPARE(m.mockCall(u"LastActivated"_s).toString(), path);
-        QCOMPARE(m.counter(u"addandactivate"_s), 0);
-
         // A new passphrase replaces the saved one: same entry, same name, no second one.
-        QCOMPARE(m.join(home, {{kCWAssocKeyPassphrase, u"new passphrase"_s}}), QString());
-        QCOMPARE(m.counter(u"addandactivate"_s), 0);
-        QCOMPARE(m.mockCall(u"LastActivated"_s).toString(), path);
+        const auto home = testNetwork("home", 1u << kCWSecurityWPA2Personal, 3);
+        for (const QVariantMap &parameters :
+             {QVariantMap(), QVariantMap{{kCWAssocKeyPassphrase, u"new passphrase"_s}}}) {
+            QCOMPARE(m.join(home, parameters), QString());
+            QCOMPARE(m.mockCall(u"LastActivated"_s).toString(), path);
+            QCOMPARE(m.counter(u"addandactivate"_s), 0);
+        }
         const QJsonObject updated =
             m.json(u"SavedSettingsJson"_s, {QVariant::fromValue(QDBusObjectPath(path))});
         QCOMPARE(updated[u"connection"_s][u"id"_s].toString(), u"Home"_s);
@@ -247,20 +245,14 @@ private Q_SLOTS:
 
     void savedProfiles()
     {
-        auto section = [](const char *name, const QVariantMap &values) {
-            NmSettings s;
-            s[QLatin1String(name)] = values;
-            return s;
-        };
-        const NmSettings eap =
-            section("802-1x", {{u"identity"_s, u"alice"_s}, {u"eap"_s, QStringList{u"peap"_s}}});
+        const NmSettings eap{
+            {u"802-1x"_s, {{u"identity"_s, u"alice"_s}, {u"eap"_s, QStringList{u"peap"_s}}}}};
         const QString wpaEap = u"wpa-eap"_s;
-        m.addSaved(u"Work"_s, "corp", wpaEap, eap,
-                   section("802-1x", {{u"password"_s, u"s3cret"_s}}));
+        m.addSaved(u"Work"_s, "corp", wpaEap, eap, {{u"802-1x"_s, {{u"password"_s, u"s3cret"_s}}}});
         m.addSaved(u"Home"_s, "home", u"wpa-psk"_s, {},
-                   section("802-11-wireless-security", {{u"psk"_s, u"home passphrase"_s}}));
-        NmSettings wired;
-        wired[u"connection"_s] = {{u"id"_s, u"Cable"_s}, {u"type"_s, u"802-3-ethernet"_s}};
+                   {{u"802-11-wireless-security"_s, {{u"psk"_s, u"home passphrase"_s}}}});
+        const NmSettings wired{
+            {u"connection"_s, {{u"id"_s, u"Cable"_s}, {u"type"_s, u"802-3-ethernet"_s}}}};
         m.mockCall(u"AddSavedConnection"_s,
                    {QVariant::fromValue(wired), QVariant::fromValue(NmSettings())});
         m.addSaved(u"Guest"_s, "guest", wpaEap, eap);
