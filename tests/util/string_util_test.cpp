@@ -40,10 +40,9 @@ TEST(StringUtil, UrlEncodingDigestsAndTempPaths)
     EXPECT_EQ(StringUtil::sha1("abc"), "a9993e364706816aba3e25717850c26c9cd0d89d");
     QTemporaryDir dir;
     QFile file(dir.filePath("data.bin"));
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
     // Longer than one read chunk, and not a multiple of it.
     const QByteArray content = QByteArray("abc").repeated(5000);
-    file.write(content);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write(content) == content.size());
     file.close();
     EXPECT_EQ(StringUtil::fileMD5(file.fileName()), StringUtil::md5(QString::fromLatin1(content)));
     EXPECT_EQ(StringUtil::fileMD5(dir.filePath("missing")), "ERROR GETTING FILE MD5");

@@ -92,13 +92,10 @@ TEST(Beacons, RealCapturesMatchTheReferenceDecoding)
             file.startsWith(QLatin1String("wireshark-wiki__testing"))) {
             EXPECT_TRUE(e.flags & BssElements::kTruncated);
         }
-        if (!row["freq_mhz"].isEmpty()) {
-            EXPECT_EQ(f.observation.frequencyMHz, row["freq_mhz"].toInt());
-        }
-        if (!row["signal_dbm"].isEmpty()) {
-            ASSERT_TRUE(f.signalDbm.has_value());
-            EXPECT_EQ(*f.signalDbm, row["signal_dbm"].toInt());
-        }
+        // The frequency and signal where the reference reads them (from a radio header).
+        EXPECT_EQ(std::pair(row["freq_mhz"].isEmpty() ? 0 : f.observation.frequencyMHz,
+                            row["signal_dbm"].isEmpty() ? std::nullopt : f.signalDbm),
+                  std::pair(row.number("freq_mhz"), row.optional("signal_dbm")));
 
         const CWNetwork::Data d = BssNetworkMapper::networkData(e, f.observation);
         // The announced channel wins over the frequency it was heard on.

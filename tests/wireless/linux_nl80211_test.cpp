@@ -100,35 +100,25 @@ TEST(LinuxNl80211Parser, BssWithEveryFieldOrBeaconElementsOnly)
 
 TEST(LinuxNl80211Parser, MalformedBssIsDropped)
 {
-    struct Row
-    {
-        const char *name;
-        std::function<void(Message &)> build;
+    // Each row builds a whole message; bss() wraps its attributes in a BSS attribute.
+    using Build = std::function<void(Message &)>;
+    auto bss = [](Build inner) -> Build {
+        return [inner](Message &m) { m.nest(NL80211_ATTR_BSS, inner); };
     };
-    const Row rows[] = {
+    const std::pair<const char *, Build> rows[] = {
         {"no BSS attribute", [](Message &m) { m.u32(NL80211_ATTR_IFINDEX, 3); }},
-        {"no BSSID",
-         [](Message &m) {
-             m.nest(NL80211_ATTR_BSS, [](Message &b) { b.u32(NL80211_BSS_FREQUENCY, 2412); });
-         }},
-        {"short BSSID",
-         [](Message &m) {
-             m.nest(NL80211_ATTR_BSS,
-                    [](Message &b) { b.bytes(NL80211_BSS_BSSID, "\x02\x00\x00"); });
-         }},
-        {"frequency of two bytes",
-         [](Message &m) {
-             m.nest(NL80211_ATTR_BSS, [](Message &b) {
-                 b.bytes(NL80211_BSS_BSSID, kBssid).u16(NL80211_BSS_FREQUENCY, 2412);
-             });
-         }},
+        {"no BSSID", bss([](Message &b) { b.u32(NL80211_BSS_FREQUENCY, 2412); })},
+        {"short BSSID", bss([](Message &b) { b.bytes(NL80211_BSS_BSSID, "\x02\x00\x00"); })},
+        {"frequency of two bytes", bss([](Message &b) {
+             b.bytes(NL80211_BSS_BSSID, kBssid).u16(NL80211_BSS_FREQUENCY, 2412);
+         })},
         {"BSS attribute that is not nested",
          [](Message &m) { m.bytes(NL80211_ATTR_BSS, QByteArray::fromHex("ffffffffffff")); }},
     };
-    for (const Row &row : rows) {
+    for (const auto &[name, build] : rows) {
         Message m;
-        row.build(m);
-        EXPECT_FALSE(Nl80211Parser::parseBss(m.get())) << row.name;
+        build(m);
+        EXPECT_FALSE(Nl80211Parser::parseBss(m.get())) << name;
     }
     EXPECT_FALSE(Nl80211Parser::parseBss(nullptr));
 

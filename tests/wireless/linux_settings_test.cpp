@@ -24,8 +24,7 @@ void writeFile(const QString &path, const QByteArray &contents)
 {
     QDir().mkpath(QFileInfo(path).absolutePath());
     QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write(contents);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write(contents) == contents.size());
 }
 
 } // namespace

@@ -158,11 +158,9 @@ TEST(ReplayBackend, BadCapturesGiveClearErrors)
 {
     QTemporaryDir dir;
     auto file = [&](const char *name, const QByteArray &bytes) {
-        const QString path = dir.filePath(QLatin1String(name));
-        QFile f(path);
-        EXPECT_TRUE(f.open(QIODevice::WriteOnly));
-        f.write(bytes);
-        return path;
+        QFile f(dir.filePath(QLatin1String(name)));
+        EXPECT_TRUE(f.open(QIODevice::WriteOnly) && f.write(bytes) == bytes.size());
+        return f.fileName();
     };
     QFile goodFile(data("office.pcap"));
     ASSERT_TRUE(goodFile.open(QIODevice::ReadOnly));
