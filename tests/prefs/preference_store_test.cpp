@@ -15,12 +15,6 @@ namespace {
 class PreferenceStoreTest : public ::testing::Test
 {
 protected:
-    void SetUp() override
-    {
-        ASSERT_TRUE(m_dir.isValid());
-        m_settings = std::make_unique<QSettings>(path(), QSettings::IniFormat);
-    }
-
     QString path() const { return m_dir.filePath(QStringLiteral("prefs.ini")); }
 
     // Another view of the same file, as the next run of the program would see it.
@@ -31,7 +25,8 @@ protected:
     }
 
     QTemporaryDir m_dir;
-    std::unique_ptr<QSettings> m_settings;
+    std::unique_ptr<QSettings> m_settings =
+        std::make_unique<QSettings>(path(), QSettings::IniFormat);
 };
 
 TEST_F(PreferenceStoreTest, DefaultsOnFirstReadAndPositionsMapToStoredValues)

@@ -63,10 +63,11 @@ TEST(SensorDocuments, NetworksCarryTheExportColumnsAndTheRawNumbers)
               "\"door\"\n\\\uFFFD|Good|43%|43%|43%|43%|15%|15%|15%|15%|40dB|40dB|"
               "40dB|40dB||802.11g/n|149#|5GHz|40MHz|No");
 
+    // Listed, no name, and no operating channel: the scan result did not tell.
     const QJsonObject b = networks.at(1).toObject();
-    EXPECT_TRUE(b.value("listed").toBool());
-    EXPECT_TRUE(b.value("name").isNull() && b.value("columns").toArray().at(0).isNull());
-    EXPECT_TRUE(b.value("operatingChannel").isNull()); // the scan result did not tell
+    EXPECT_TRUE(b.value("listed").toBool() && b.value("name").isNull() &&
+                b.value("columns").toArray().at(0).isNull() &&
+                b.value("operatingChannel").isNull());
 }
 
 TEST(SensorDocuments, HistoryKeepsGapsAndRefusesMalformedBssids)

@@ -22,14 +22,6 @@ std::string at(const CTGradient &g, float t)
     return QString::asprintf("%.3f %.3f %.3f %.3f", c.red, c.green, c.blue, c.alpha).toStdString();
 }
 
-QByteArray archive(const CTGradient &g)
-{
-    QByteArray bytes;
-    QDataStream out(&bytes, QIODevice::WriteOnly);
-    g.encodeWithCoder(out);
-    return bytes;
-}
-
 std::optional<CTGradient> unarchive(const QByteArray &bytes)
 {
     QDataStream in(bytes);
@@ -92,7 +84,9 @@ TEST(CTGradient, StopsStaySortedAndDerivedCopiesLeaveTheOriginal)
 TEST(CTGradient, ArchivesRoundTripAndDamagedOnesDecodeToNothing)
 {
     const G g = G::rainbowGradient().addColorStop(QColor(10, 20, 30, 40), 0.3f);
-    const QByteArray bytes = archive(g);
+    QByteArray bytes;
+    QDataStream coder(&bytes, QIODevice::WriteOnly);
+    g.encodeWithCoder(coder);
     // Two keys of 22 UTF-16 units (4-byte length each), two 32-bit integers, five 32-bit
     // floats per stop.
     EXPECT_EQ(bytes.size(), 2 * (4 + 44) + 2 * 4 + g.elementCount() * 5 * 4);

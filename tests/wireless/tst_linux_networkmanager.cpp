@@ -449,11 +449,10 @@ private Q_SLOTS:
         backend->setAuthorizationPromptTimeout(1000);
         startTicking();
         // Two callers ask while the prompt is up; both get the one answer.
-        QList<std::shared_ptr<MockDaemons::Answer>> answers;
-        for (int i = 0; i < 2; ++i)
-            answers.append(m.start([&](auto done) {
-                backend->obtainAuthorizationAsync(u"system.preferences"_s, 19, done);
-            }));
+        const MockDaemons::Action ask = [&](auto done) {
+            backend->obtainAuthorizationAsync(u"system.preferences"_s, 19, done);
+        };
+        const QList<std::shared_ptr<MockDaemons::Answer>> answers{m.start(ask), m.start(ask)};
         QCOMPARE(answers[0]->count, 0);
         QCOMPARE(ticks, 0);
         if (releaseAfterMs >= 0) {
@@ -468,11 +467,8 @@ private Q_SLOTS:
         QVERIFY2(ticks >= 20, qPrintable(QString::number(ticks)));
         if (expectedError.isEmpty()) {
             // Granted a moment ago: the next cycle does not ask polkit again.
-            const auto again = m.start([&](auto done) {
-                backend->obtainAuthorizationAsync(u"system.preferences"_s, 19, done);
-            });
-            QCOMPARE(again->count, 1);
-            QVERIFY(again->error.isNull());
+            const auto again = m.start(ask);
+            QVERIFY(again->count == 1 && again->error.isNull());
         }
         QTest::qWait(200);
         for (const auto &answer : answers)
