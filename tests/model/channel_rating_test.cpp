@@ -11,13 +11,10 @@ namespace {
 ChannelRating::Neighbour near(int primary, int band, int width, double dbm, int center = 0,
                               int second = 0)
 {
-    CWOperatingChannel c;
-    c.primaryChannel = primary;
-    c.band = band;
-    c.widthMHz = width;
-    c.centerMHz = {FrequencyPlan::frequencyForChannel(center ? center : primary, band),
-                   second ? FrequencyPlan::frequencyForChannel(second, band) : 0};
-    return {c, dbm};
+    const auto mhz = [band](int channel) {
+        return channel ? FrequencyPlan::frequencyForChannel(channel, band) : 0;
+    };
+    return {{primary, band, width, {mhz(center ? center : primary), mhz(second)}}, dbm};
 }
 
 double scoreOf(const QList<ChannelRating::Candidate> &list, const QString &range)

@@ -14,20 +14,9 @@
 #include <cstring>
 #include <limits>
 
-namespace {
-
-const QDateTime kT0(QDate(2024, 5, 1), QTime(12, 0, 0), Qt::UTC);
-
-NetworkObjectRef homeRecord()
-{
-    return NetworkObject::objectWithCWNetwork(NetworkBuilder(), kT0);
-}
-
-} // namespace
-
 TEST(ExportRows, RowsHeadsAndCellValuesAsTheyAre)
 {
-    const auto rec = homeRecord();
+    const auto rec = NetworkBuilder().record();
     // 43% signal is "Good"; open security is the empty text, not "(null)".
     const QString expected = QStringLiteral("Home\t00:11:22:33:44:55\t\tGood\t43%\t43%\t43%\t43%\t"
                                             "15%\t15%\t15%\t15%\t40dB\t40dB\t40dB\t40dB\t\t"
@@ -62,22 +51,21 @@ TEST(ExportRows, RowsHeadsAndCellValuesAsTheyAre)
         {NetworkBuilder().ibss(true), std::nullopt, 21, 22, "Yes"},
     };
     for (const auto &row : rows) {
-        const auto r = NetworkObject::objectWithCWNetwork(row.network, kT0);
+        const auto r = row.network.record();
         r->setComment(row.comment);
         const QStringList cells = r->csvString().chopped(1).split(u'\t');
         ASSERT_EQ(cells.size(), row.cells) << row.text;
         EXPECT_EQ(cells.at(row.column), QString::fromUtf8(row.text));
     }
-    const auto markup = NetworkObject::objectWithCWNetwork(NetworkBuilder().ssid("<b>&amp;"), kT0);
+    const auto markup = NetworkBuilder().ssid("<b>&amp;").record();
     EXPECT_TRUE(markup->htmlRowString().startsWith(QStringLiteral("<tr><td><b>&amp;</td><td>")));
 }
 
 TEST(ExportDocument, RowsInTableOrderSkippingIndicesPastTheEnd)
 {
     NetworkList list;
-    list.append(NetworkObject::objectWithCWNetwork(NetworkBuilder().ssid("first"), kT0));
-    list.append(NetworkObject::objectWithCWNetwork(
-        NetworkBuilder().ssid("second").bssid("00:00:00:00:00:02"), kT0));
+    list.append(NetworkBuilder().ssid("first").record());
+    list.append(NetworkBuilder().ssid("second").bssid("00:00:00:00:00:02").record());
     const QList<quint64> rows{1, 2, 0, 99, std::numeric_limits<quint64>::max()};
 
     EXPECT_EQ(ExportDocument::tabSeparated(list, rows),

@@ -12,8 +12,6 @@
 
 namespace {
 
-const QDateTime kT0(QDate(2024, 5, 1), QTime(12, 0, 0), Qt::UTC);
-
 // Exercises every text a record offers and checks the invariants that must hold for any
 // content: one line per row, 22 or more cells, well-formed UTF-16.
 void exerciseTexts(NetworkObject &rec)
@@ -44,8 +42,7 @@ TEST(HostileInput, SsidBytesThroughEveryTextOperation)
     for (const DataRow &row : rows) {
         SCOPED_TRACE(row["what"].toStdString());
         const QByteArray bytes = QByteArray::fromHex(row["hex"].toLatin1());
-        const auto rec = NetworkObject::objectWithCWNetwork(
-            NetworkBuilder().ssid(bytes).bssid(QString::fromUtf8(bytes)), kT0);
+        const auto rec = NetworkBuilder().ssid(bytes).bssid(QString::fromUtf8(bytes)).record();
         rec->setComment(QString::fromUtf8(bytes));
         ASSERT_TRUE(rec->name().has_value());
         exerciseTexts(*rec);
@@ -53,7 +50,7 @@ TEST(HostileInput, SsidBytesThroughEveryTextOperation)
         list.append(rec);
         EXPECT_EQ(list.networkWithBssid(rec->bssid())->bssid(), rec->bssid());
     }
-    list.append(NetworkObject::objectWithCWNetwork(NetworkBuilder().hidden(), kT0));
+    list.append(NetworkBuilder().hidden().record());
     all << quint64(list.count() - 1);
     list.sortForDisplay(list.at(3)->bssid());
     list.sortForDisplay(std::nullopt);
@@ -72,8 +69,8 @@ TEST(HostileInput, AbsurdReadingsAndAbsentResults)
         qint64 rssi, noise, channel;
     } rows[] = {{kMin, kMax, kMax}, {kMax, kMin, kMin}, {kMin, kMin, -1}, {127, -128, 196}};
     for (const auto &row : rows) {
-        const auto rec = NetworkObject::objectWithCWNetwork(
-            NetworkBuilder().rssi(row.rssi).noise(row.noise).channel(row.channel, -5, 99), kT0);
+        const auto rec =
+            NetworkBuilder().rssi(row.rssi).noise(row.noise).channel(row.channel, -5, 99).record();
         for (int i = 0; i < 5; ++i)
             rec->updateWithCWNetwork(
                 NetworkBuilder().rssi(row.noise).noise(row.rssi).channel(row.channel, 3, -7), kT0);

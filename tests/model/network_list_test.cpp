@@ -8,17 +8,11 @@
 
 namespace {
 
-const QDateTime kT0(QDate(2024, 5, 1), QTime(12, 0, 0), Qt::UTC);
-
 NetworkObjectRef record(const QString &bssid, const std::optional<QByteArray> &name)
 {
     NetworkBuilder b;
     b.bssid(bssid);
-    if (name)
-        b.ssid(*name);
-    else
-        b.hidden();
-    return NetworkObject::objectWithCWNetwork(b, kT0);
+    return (name ? b.ssid(*name) : b.hidden()).record();
 }
 
 NetworkObjectRef linearFirst(const NetworkList &list, const QString &bssid)
@@ -63,11 +57,8 @@ TEST(NetworkList, CompareForDisplay)
 TEST(NetworkList, SortPutsTheAssociatedNetworkFirstThenNamesStably)
 {
     NetworkList list;
-    list.append(record(QStringLiteral("00:00:00:00:00:01"), QByteArray("delta")));
-    list.append(record(QStringLiteral("00:00:00:00:00:02"), QByteArray("Alpha")));
-    list.append(record(QStringLiteral("00:00:00:00:00:03"), QByteArray("charlie")));
-    list.append(record(QStringLiteral("00:00:00:00:00:04"), QByteArray("bravo")));
-    list.append(record(QStringLiteral("00:00:00:00:00:05"), QByteArray("charlie")));
+    for (const char *name : {"delta", "Alpha", "charlie", "bravo", "charlie"})
+        list.append(record(QStringLiteral("00:00:00:00:00:0%1").arg(list.count() + 1), name));
 
     list.sortForDisplay(QStringLiteral("00:00:00:00:00:05"));
     EXPECT_EQ(names(list),

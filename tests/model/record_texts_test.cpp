@@ -9,7 +9,6 @@
 #include <gtest/gtest.h>
 
 namespace {
-const QDateTime kT0(QDate(2024, 5, 1), QTime(12, 0, 0), Qt::UTC);
 
 unsigned bits(const QString &list)
 {
@@ -24,7 +23,7 @@ TEST(NetworkObjectTexts, EveryDerivedText)
 {
     ManualClock clock(kT0);
     Clock::setInstance(&clock);
-    const auto seen = NetworkObject::objectWithCWNetwork(NetworkBuilder(), kT0);
+    const auto seen = NetworkBuilder().record();
     NetworkObject bare;
     const std::vector<DataRow> rows = readTable("texts");
     ASSERT_GT(rows.size(), 50u);
@@ -76,15 +75,15 @@ TEST(NetworkObjectTexts, EveryDerivedText)
         }
     }
     Clock::setInstance(nullptr);
-    const auto rec = NetworkObject::objectWithCWNetwork(NetworkBuilder(), kT0);
+    const auto rec = NetworkBuilder().record();
     EXPECT_EQ(QStringList({rec->signalString(), rec->noiseString(), rec->snrString()}),
               QStringList({"43%", "15%", "40dB"}));
 }
 
 TEST(NetworkObjectIcon, ColourBehindLockOrOpenPadlockDrawnOnce)
 {
-    const auto open = NetworkObject::objectWithCWNetwork(NetworkBuilder().securities({0}), kT0);
-    const auto locked = NetworkObject::objectWithCWNetwork(NetworkBuilder().securities({4}), kT0);
+    const auto open = NetworkBuilder().securities({0}).record();
+    const auto locked = NetworkBuilder().securities({4}).record();
     open->setColor(Qt::blue);
     locked->setColor(Qt::blue);
     const QImage openIcon = open->icon();

@@ -13,20 +13,14 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const QDateTime kT0(QDate(2024, 5, 1), QTime(12, 0, 0), Qt::UTC);
-
-struct Sample
-{
-    qint64 rssi;
-    qint64 noise;
-};
+using Sample = std::pair<qint64, qint64>; // RSSI and noise in dBm
 
 NetworkObjectRef recordFrom(const std::vector<Sample> &samples)
 {
     NetworkObjectRef record;
     int i = 0;
     for (const Sample &s : samples) {
-        const CWNetworkRef r = NetworkBuilder().rssi(s.rssi).noise(s.noise);
+        const CWNetworkRef r = NetworkBuilder().rssi(s.first).noise(s.second);
         const QDateTime t = kT0.addSecs(i++);
         if (!record)
             record = NetworkObject::objectWithCWNetwork(r, t);
@@ -117,7 +111,7 @@ TEST(NetworkObjectHistory, GapsKeepTheirPlaceOverManyLapsOfTheRing)
 {
     // Against a plain list trimmed at the front: every entry, gap or number, stays in its
     // place however often the ring has wrapped, and the statistics follow the window.
-    const NetworkObjectRef rec = NetworkObject::objectWithCWNetwork(NetworkBuilder(), kT0);
+    const NetworkObjectRef rec = NetworkBuilder().record();
     std::deque<LevelSample> expected{rec->signals().first()};
     for (int i = 1; i < 1000; ++i) {
         const bool gap = i % 7 == 3 || (i > 600 && i < 620);

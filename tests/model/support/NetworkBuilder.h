@@ -1,9 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "model/NetworkObject.h"
 #include "wireless/CWNetwork.h"
 
 #include <initializer_list>
+
+// When the records of the model tests are heard, unless a test says otherwise.
+inline const QDateTime kT0(QDate(2024, 5, 1), QTime(12, 0, 0), Qt::UTC);
 
 // Builds scan results for tests: a plausible open 2.4 GHz network unless told otherwise.
 class NetworkBuilder
@@ -54,6 +58,11 @@ public:
     CWNetwork::Data &data() { return d; }
     CWNetworkRef build() const { return CWNetwork::create(d); }
     operator CWNetworkRef() const { return build(); }
+    // A record first heard at `t` with this result.
+    NetworkObjectRef record(const QDateTime &t = kT0) const
+    {
+        return NetworkObject::objectWithCWNetwork(build(), t);
+    }
 
 private:
     template <class T> NetworkBuilder &set(T &field, const T &value)
