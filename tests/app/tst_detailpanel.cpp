@@ -64,10 +64,6 @@ struct PanelFixture
     {
         return h.app().showDetailTimer() && h.app().showDetailTimer()->isActive();
     }
-    QString field(const char *name) const
-    {
-        return h.app().detailPanel()->findChild<QLabel *>(QLatin1String(name))->text();
-    }
 };
 } // namespace
 
@@ -84,7 +80,7 @@ private Q_SLOTS:
         QVERIFY(f.h.app().detailNetworkBssid().isEmpty());
         QTRY_VERIFY(f.panelVisible());
         f.h.app().performUpdateCycle(); // and the cycle refreshes nothing either
-        QCOMPARE(f.field("bssidField"), QString());
+        QCOMPARE(f.h.fieldTexts("bssid", f.h.app().detailPanel()), QStringList{QString()});
 
         // Another row hides the panel at once and shows it again after the delay.
         f.moveToRow(2);
@@ -92,13 +88,11 @@ private Q_SLOTS:
         QCOMPARE(f.h.app().lastMoveOnRow(), quint64(2));
         QTRY_VERIFY(f.panelVisible());
         QCOMPARE(f.h.app().detailPanel()->windowTitle(), "Detail ( SSID: Net 2 )");
-        QStringList fields;
-        for (const char *name :
-             {"bssidField", "channelField", "bandField", "signalField", "noiseAvgField", "snrField",
-              "snrAvgField", "signalMaxField", "signalQualityField"})
-            fields << f.field(name);
-        QCOMPARE(fields, (QStringList{"00:00:00:00:00:02", "6", "2.4GHz", "43%", "15%", "40dB",
-                                      "40dB", "43%", "Good"}));
+        QCOMPARE(f.h.fieldTexts("bssid channel band signal noiseAvg snr snrAvg signalMax "
+                                "signalQuality",
+                                f.h.app().detailPanel()),
+                 (QStringList{"00:00:00:00:00:02", "6", "2.4GHz", "43%", "15%", "40dB", "40dB",
+                              "43%", "Good"}));
         // The panel sits 17 points below the pointer, its left edge at the pointer.
         QCOMPARE(f.h.app().detailPanel()->pos(), QCursor::pos() + QPoint(0, 17));
 

@@ -132,10 +132,7 @@ private Q_SLOTS:
         QVERIFY(spinner->isAnimating());
         const int scans = f.h.backend->scanCount;
         const quint64 ticks = f.h.app().tickCount();
-        for (int second = 0; second < 3; ++second) {
-            f.h.clock.advance(1000);
-            f.h.app().updateData();
-        }
+        f.h.runSeconds(3);
         f.h.app().joinOKButtonPressed();
         QCOMPARE(f.h.backend->deferred.size(), 1);
         QCOMPARE(f.h.backend->scanCount, scans);

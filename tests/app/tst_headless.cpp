@@ -44,9 +44,7 @@ Run run(QStringList arguments)
     QProcess p;
     prepare(p);
     if (!arguments.join(' ').contains("--backend="))
-        arguments << "--backend=simulated"
-                  << "--seed"
-                  << "3";
+        arguments += {"--backend=simulated", "--seed", "3"};
     p.start(binary(), QStringList{"--headless"} + arguments);
     p.waitForFinished(60000);
     return {p.exitStatus() == QProcess::NormalExit ? p.exitCode() : -1, p.readAllStandardOutput(),

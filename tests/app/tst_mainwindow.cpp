@@ -7,7 +7,6 @@
 
 #include <QAction>
 #include <QComboBox>
-#include <QLabel>
 #include <QPushButton>
 #include <QTabWidget>
 #include <QTableView>
@@ -18,13 +17,6 @@ const QString kA = "00:00:00:00:00:0a";
 const QString kB = "00:00:00:00:00:0b";
 const QString kC = "00:00:00:00:00:0c";
 
-QStringList texts(AppHarness &h, std::initializer_list<const char *> names)
-{
-    QStringList result;
-    for (const char *name : names)
-        result << h.find<QLabel>(name)->text();
-    return result;
-}
 } // namespace
 
 class TestMainWindow : public QObject
@@ -41,31 +33,19 @@ private Q_SLOTS:
         h.backend->currentBssid = kA;
         h.backend->scans = {{FakeBackend::network(kA, "Home", -60, -90, 6)}};
         h.app().applicationDidFinishLaunching();
-        const auto fields = {"ssidField",
-                             "bssidField",
-                             "opModeField",
-                             "securityModeField",
-                             "phyModeField",
-                             "txRateField",
-                             "txPowerField",
-                             "countryCodeField",
-                             "rssiField",
-                             "noiseField",
-                             "snrField",
-                             "signalQualityField",
-                             "supportedChannelsField"};
-        QCOMPARE(texts(h, fields), (QStringList{"Home", kA, "Infrastructure", "WPA2 Personal",
-                                                "802.11g/n", "144.50 Mbps", "31 mW", "DE", "43%",
-                                                "15%", "40dB", "Good", "1, 6, 1136, "}));
+        QCOMPARE(
+            h.fieldTexts("ssid bssid opMode securityMode phyMode txRate txPower countryCode rssi "
+                         "noise snr signalQuality supportedChannels"),
+            (QStringList{"Home", kA, "Infrastructure", "WPA2 Personal", "802.11g/n", "144.50 Mbps",
+                         "31 mW", "DE", "43%", "15%", "40dB", "Good", "1, 6, 1136, "}));
         QVERIFY(h.find<QPushButton>("disconnectButton")->isEnabled());
         QCOMPARE(h.find<QComboBox>("channelPopup")->currentText(), "6");
 
         h.backend->power = false;
         h.app().updateInterfaceInfoTab();
         QCOMPARE(h.find<SegmentedControl>("powerStateControl")->selectedSegment(), 1);
-        QCOMPARE(texts(h, {"ssidField", "bssidField", "txRateField", "txPowerField", "rssiField",
-                           "noiseField", "countryCodeField", "supportedChannelsField",
-                           "signalQualityField", "snrField"}),
+        QCOMPARE(h.fieldTexts("ssid bssid txRate txPower rssi noise countryCode supportedChannels "
+                              "signalQuality snr"),
                  (QStringList(9) << "40dB")); // statistics keep their last values
         QCOMPARE(h.find<QComboBox>("channelPopup")->count(), 0);
 
@@ -76,8 +56,7 @@ private Q_SLOTS:
         h.backend->mode.reset();
         h.backend->state = kCWInterfaceStateAssociating;
         h.app().updateInterfaceInfoTab();
-        QCOMPARE(texts(h, {"rssiField", "noiseField", "ssidField", "opModeField"}),
-                 (QStringList{"50%", "0%", "", ""}));
+        QCOMPARE(h.fieldTexts("rssi noise ssid opMode"), (QStringList{"50%", "0%", "", ""}));
         QVERIFY(!h.find<QPushButton>("disconnectButton")->isEnabled());
     }
     // The segment and the toolbar items switch the radio; the items that would change nothing
@@ -224,10 +203,7 @@ private Q_SLOTS:
             h.alerts.setKeepOpen(failingScans);
             h.backend->failScans = failingScans;
             h.backend->deferAnswers = !failingScans;
-            for (int second = 0; second < 11; ++second) {
-                h.clock.advance(1000);
-                h.app().updateData();
-            }
+            h.runSeconds(11);
             QCOMPARE(h.app().tickCount(), ticksBefore + 1);
             QCOMPARE(h.backend->scanCount, scansBefore + (failingScans ? 1 : 0));
             if (failingScans) {

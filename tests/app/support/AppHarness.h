@@ -9,6 +9,7 @@
 #include "util/RandomSource.h"
 #include "util/StreamAlertPresenter.h"
 
+#include <QLabel>
 #include <QMainWindow>
 #include <QSettings>
 #include <QTemporaryDir>
@@ -76,6 +77,14 @@ public:
         backend->scans = {scan};
         m_app->applicationDidFinishLaunching();
     }
+    // `seconds` ticks of the one-second timer on the manual clock.
+    void runSeconds(int seconds)
+    {
+        for (int i = 0; i < seconds; ++i) {
+            clock.advance(1000);
+            m_app->updateData();
+        }
+    }
     // The names the table shows, top to bottom.
     QStringList rowNames() const
     {
@@ -83,6 +92,16 @@ public:
         for (qsizetype row = 0; row < m_app->numberOfRowsInTableView(); ++row)
             names << m_app->objectValueForTableColumn("NETWORK_NAME", row).toString();
         return names;
+    }
+    // The texts of the labels "<name>Field" in `parent` (the window if none), for these
+    // space-separated names.
+    QStringList fieldTexts(const QString &names, const QWidget *parent = nullptr) const
+    {
+        const QWidget *in = parent ? parent : m_app->window();
+        QStringList texts;
+        for (const QString &name : names.split(u' '))
+            texts << in->findChild<QLabel *>(name + "Field")->text();
+        return texts;
     }
     template <typename T> T *find(const char *objectName) const
     {
