@@ -4,13 +4,8 @@
 // tab at two window sizes, of the hover panel and of the join and ad-hoc sheets.
 // Exit code 1 when a picture is blank (one colour) or cannot be written, or, on a screen of
 // more than one device pixel per point (QT_SCALE_FACTOR=2), when a table icon is blurred.
-#include "app/AppDelegate.h"
 #include "app/SegmentedControl.h"
-#include "util/StreamAlertPresenter.h"
-#include "prefs/PreferenceStore.h"
-#include "util/Clock.h"
-#include "util/RandomSource.h"
-#include "wireless/WirelessBackend.h"
+#include "app/support/AppHarness.h"
 #include "wireless/simulated/SimulatedBackend.h"
 
 #include <QApplication>
@@ -20,17 +15,20 @@
 #include <QImage>
 #include <QPainter>
 #include <QScreen>
-#include <QSettings>
 #include <QSvgRenderer>
 #include <QTableView>
-#include <QTemporaryDir>
 #include <QTest>
-#include <QTimer>
 
 #include <cstdio>
 
 namespace {
 int failures = 0;
+
+template <typename... Args> void fail(const char *format, Args... args)
+{
+    std::fprintf(stderr, format, args...);
+    ++failures;
+}
 
 bool isBlank(const QImage &image)
 {
@@ -48,60 +46,35 @@ bool isBlank(const QImage &image)
 
 void save(const QImage &image, const QString &path)
 {
-    if (isBlank(image)) {
-        std::fprintf(stderr, "BLANK: %s\n", qUtf8Printable(path));
-        ++failures;
-    }
-    if (!image.save(path)) {
-        std::fprintf(stderr, "cannot write %s\n", qUtf8Printable(path));
-        ++failures;
-    }
+    if (isBlank(image))
+        fail("BLANK: %s\n", qUtf8Printable(path));
+    if (!image.save(path))
+        fail("cannot write %s\n", qUtf8Printable(path));
     std::printf("saved %s (%dx%d)\n", qUtf8Printable(path), image.width(), image.height());
 }
 
-void settle(int ms = 150)
+// The luminance steps between neighbouring pixels of a picture. First, how sharp its edges
+// are: the mean step, each step weighted by its own size. A step drawn at the screen's
+// resolution falls within one or two device pixels; a bitmap scaled up to it spreads it over
+// more, smaller steps. Second, the share of the steps that falls inside the blocks of ratio x
+// ratio device pixels that one point covers (the picture's origin on a block corner). A bitmap
+// of one pixel per point scaled up without smoothing repeats each pixel over its block, so the
+// share is about zero; a drawing at the screen's resolution has its edges anywhere, about half
+// of them inside blocks.
+std::pair<double, double> steps(const QImage &image, int ratio)
 {
-    QTest::qWait(ms);
-}
-
-// How sharp the edges of a picture are: the mean luminance step between neighbouring
-// pixels, each step weighted by its own size. A step drawn at the screen's resolution falls
-// within one or two device pixels; a bitmap scaled up to it spreads it over more, smaller
-// steps.
-double edgeSharpness(const QImage &image)
-{
-    double sum = 0, squares = 0;
-    for (int y = 0; y + 1 < image.height(); ++y) {
-        for (int x = 0; x + 1 < image.width(); ++x) {
-            const int here = qGray(image.pixel(x, y));
-            for (const int there : {qGray(image.pixel(x + 1, y)), qGray(image.pixel(x, y + 1))}) {
-                const double step = std::abs(there - here);
-                sum += step;
-                squares += step * step;
-            }
-        }
-    }
-    return sum > 0 ? squares / sum : 0;
-}
-
-// Of the luminance steps between neighbouring pixels, the share that falls inside the blocks
-// of ratio x ratio device pixels that one point covers (the picture's origin on a block
-// corner). A bitmap of one pixel per point scaled up without smoothing repeats each pixel
-// over its block, so the share is about zero; a drawing at the screen's resolution has its
-// edges anywhere, about half of them inside blocks.
-double stepsInsideBlocks(const QImage &image, int ratio)
-{
-    double inside = 0, all = 0;
+    double sum = 0, squares = 0, inside = 0;
     for (int y = 0; y + 1 < image.height(); ++y) {
         for (int x = 0; x + 1 < image.width(); ++x) {
             const int here = qGray(image.pixel(x, y));
             const double right = std::abs(qGray(image.pixel(x + 1, y)) - here);
             const double down = std::abs(qGray(image.pixel(x, y + 1)) - here);
-            all += right + down;
+            sum += right + down;
+            squares += right * right + down * down;
             inside += ((x + 1) % ratio != 0 ? right : 0) + ((y + 1) % ratio != 0 ? down : 0);
         }
     }
-    return all > 0 ? inside / all : 0;
+    return sum > 0 ? std::pair(squares / sum, inside / sum) : std::pair(0.0, 0.0);
 }
 
 // The table icon of a network as it should look (`ratio` device pixels per point) and as
@@ -144,9 +117,8 @@ void checkIconSharpness(AppDelegate &app, QTableView *table, const QString &out)
         }
         const QSize want = QSize(19, 17) * ratio;
         if (icon.size() != want) {
-            std::fprintf(stderr, "ICON: row %d is %dx%d device pixels on screen, not %dx%d\n", row,
-                         icon.width(), icon.height(), want.width(), want.height());
-            ++failures;
+            fail("ICON: row %d is %dx%d device pixels on screen, not %dx%d\n", row, icon.width(),
+                 icon.height(), want.width(), want.height());
             continue;
         }
         const QImage onScreen = shot.copy(icon);
@@ -156,25 +128,20 @@ void checkIconSharpness(AppDelegate &app, QTableView *table, const QString &out)
                               .isEmpty();
         const QString svg =
             open ? QStringLiteral(":/icons/clear.svg") : QStringLiteral(":/icons/lock.svg");
-        const double sharp = edgeSharpness(iconAt(svg, color, ratio, false));
-        const double blurred = edgeSharpness(iconAt(svg, color, ratio, true));
-        const double measured = edgeSharpness(onScreen);
-        const double inside = stepsInsideBlocks(onScreen, qRound(ratio));
+        const double sharp = steps(iconAt(svg, color, ratio, false), 1).first;
+        const double blurred = steps(iconAt(svg, color, ratio, true), 1).first;
+        const auto [measured, inside] = steps(onScreen, qRound(ratio));
         std::printf("icon of row %d: edge sharpness %.1f (drawn for the screen %.1f, scaled up "
                     "smoothly %.1f), share of steps inside point blocks %.2f\n",
                     row, measured, sharp, blurred, inside);
         // Scaled up smoothly, the edges are soft; scaled up by repeating pixels, the steps
         // only fall between blocks.
-        if (measured < (sharp + blurred) / 2 || inside < 0.25) {
-            std::fprintf(stderr, "BLURRED: the icon of row %d\n", row);
-            ++failures;
-        }
+        if (measured < (sharp + blurred) / 2 || inside < 0.25)
+            fail("BLURRED: the icon of row %d\n", row);
         ++checked;
     }
-    if (checked == 0) {
-        std::fprintf(stderr, "no table icon could be checked\n");
-        ++failures;
-    }
+    if (checked == 0)
+        fail("no table icon could be checked\n");
 }
 
 // The row of the first network whose security text is `security` ("" = open).
@@ -194,24 +161,10 @@ int main(int argc, char *argv[])
     QApplication application(argc, argv);
     const QString out = argc > 1 ? QString::fromLocal8Bit(argv[1]) : QStringLiteral("screenshots");
     QDir().mkpath(out);
-    QTemporaryDir settings;
-    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, settings.path());
-
-    ManualClock clock(QDateTime::currentDateTime());
-    Clock::setInstance(&clock);
-    SeededRandomSource random(11);
-    RandomSource::setInstance(&random);
+    AppHarness h; // settings in a temporary folder, the manual clock, a seeded random source
     WirelessBackend::setCurrent(SimulatedBackend::createDefault(5));
-
-    PreferenceStore preferences;
-    preferences.setUpdateInterval(1);
-    StreamAlertPresenter alerts(true);
-    AppDelegate::Options options;
-    options.alerts = &alerts;
-    options.preferences = &preferences;
-    options.runStartupProbe = false;
-    options.startTimer = false;
-    AppDelegate app(options);
+    h.preferences->setUpdateInterval(1);
+    AppDelegate &app = h.restart();
     app.setDetailPanelDelays(100, 60000);
     QMainWindow *window = app.window();
     window->resize(1280, 800);
@@ -220,24 +173,23 @@ int main(int argc, char *argv[])
     if (!QTest::qWaitForWindowExposed(window))
         std::fprintf(stderr, "the window was never shown\n");
     app.applicationDidFinishLaunching();
-    for (int second = 0; second < 60; ++second) {
-        clock.advance(1000);
-        app.updateData();
-    }
-    settle();
+    h.runSeconds(60);
+    QTest::qWait(150);
 
     auto *segments = window->findChild<SegmentedControl *>(QStringLiteral("segmentedControl"));
+    auto showTab = [&](int tab) {
+        segments->setSelectedSegment(tab);
+        app.changeTabView(segments);
+    };
     const char *names[] = {"interface",  "map",  "signal",  "channels-2.4",
                            "channels-5", "scan", "channels"};
     for (QSize size : {QSize(1280, 800), QSize(1920, 1080)}) {
         window->resize(size);
-        settle(300);
+        QTest::qWait(300);
         for (int tab = 0; tab < 7; ++tab) {
-            segments->setSelectedSegment(tab);
-            app.changeTabView(segments);
-            clock.advance(1000);
-            app.updateData();
-            settle();
+            showTab(tab);
+            h.runSeconds(1);
+            QTest::qWait(150);
             save(window->grab().toImage(), QStringLiteral("%1/%2-%3x%4.png")
                                                .arg(out, QLatin1String(names[tab]))
                                                .arg(size.width())
@@ -245,19 +197,13 @@ int main(int argc, char *argv[])
         }
     }
     window->resize(1280, 800);
-    settle(300);
-
+    showTab(5);
+    QTest::qWait(300);
     auto *table = window->findChild<QTableView *>(QStringLiteral("scanResultsTable"));
-    if (window->devicePixelRatioF() > 1) {
-        segments->setSelectedSegment(5);
-        app.changeTabView(segments);
-        settle();
+    if (window->devicePixelRatioF() > 1)
         checkIconSharpness(app, table, out);
-    }
 
     // The hover panel over a table row.
-    segments->setSelectedSegment(5);
-    app.changeTabView(segments);
     const QPoint rowPoint =
         table->viewport()->mapToGlobal(QPoint(200, table->rowViewportPosition(2) + 8));
     QCursor::setPos(rowPoint);
@@ -268,38 +214,33 @@ int main(int argc, char *argv[])
         save(window->screen()->grabWindow(0).toImage().copy(0, 0, 1400, 1000),
              out + QStringLiteral("/detail-panel-on-screen.png"));
     } else {
-        std::fprintf(stderr, "the detail panel did not show\n");
-        ++failures;
+        fail("the detail panel did not show\n");
     }
     app.hideDetailPanel();
 
     // The join sheet for an open, a WPA2 and an enterprise network, and the ad-hoc sheet.
-    const QList<QPair<QString, QString>> joins = {
-        {QString(), QStringLiteral("open")},
-        {QStringLiteral("WPA2 Personal"), QStringLiteral("wpa2")},
-        {QStringLiteral("WPA2 Enterprise"), QStringLiteral("enterprise")}};
+    const std::pair<const char *, const char *> joins[] = {
+        {"", "open"}, {"WPA2 Personal", "wpa2"}, {"WPA2 Enterprise", "enterprise"}};
     for (const auto &[security, name] : joins) {
-        const int row = rowWithSecurity(app, security);
+        const int row = rowWithSecurity(app, QString::fromLatin1(security));
         if (row < 0) {
-            std::fprintf(stderr, "no %s network in the scenario\n", qUtf8Printable(name));
+            std::fprintf(stderr, "no %s network in the scenario\n", name);
             continue;
         }
         table->selectRow(row);
         app.joinButtonPressed();
-        settle(300);
+        QTest::qWait(300);
         save(app.joinDialogWindow()->grab().toImage(),
-             QStringLiteral("%1/join-%2.png").arg(out, name));
+             QStringLiteral("%1/join-%2.png").arg(out, QLatin1String(name)));
         app.joinCancelButtonPressed();
-        settle();
+        QTest::qWait(150);
     }
     app.createIBSSButtonPressed();
-    settle(300);
+    QTest::qWait(300);
     save(app.ibssDialogWindow()->grab().toImage(), out + QStringLiteral("/adhoc.png"));
     app.ibssCancelButtonPressed();
-
-    WirelessBackend::setCurrent(nullptr);
-    RandomSource::setInstance(nullptr);
-    Clock::setInstance(nullptr);
+    for (const QString &alert : h.alerts.lines())
+        std::fprintf(stderr, "alert: %s\n", qUtf8Printable(alert));
     std::printf("%d blank or unwritable pictures\n", failures);
     return failures == 0 ? 0 : 1;
 }
