@@ -13,6 +13,7 @@
 #include "wireless/CWError.h"
 #include "wireless/CWInterface.h"
 
+#include <QFile>
 #include <QSettings>
 #include <QTemporaryDir>
 
@@ -25,15 +26,8 @@
 #include <unistd.h>
 #include <vector>
 
-#if defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define CORVANE_ASAN 1
-#endif
-#endif
-#if defined(__SANITIZE_ADDRESS__)
-#define CORVANE_ASAN 1
-#endif
-#ifdef CORVANE_ASAN
+// The compiler defines this when AddressSanitizer is on.
+#ifdef __SANITIZE_ADDRESS__
 // From the sanitizer runtime (its header does not ship with every compiler).
 extern "C" std::size_t __sanitizer_get_current_allocated_bytes();
 #else
@@ -119,7 +113,7 @@ private:
 
 double allocatedMegabytes()
 {
-#ifdef CORVANE_ASAN
+#ifdef __SANITIZE_ADDRESS__
     return double(__sanitizer_get_current_allocated_bytes()) / 1e6;
 #else
     return double(mallinfo2().uordblks) / 1e6;
@@ -128,13 +122,10 @@ double allocatedMegabytes()
 
 double residentMegabytes()
 {
-    long pages = 0, resident = 0;
-    FILE *f = std::fopen("/proc/self/statm", "r");
-    if (f && std::fscanf(f, "%ld %ld", &pages, &resident) != 2)
-        resident = 0;
-    if (f)
-        std::fclose(f);
-    return double(resident) * double(sysconf(_SC_PAGESIZE)) / 1e6;
+    QFile statm(QStringLiteral("/proc/self/statm")); // size and resident set, in pages
+    const QList<QByteArray> pages =
+        statm.open(QIODevice::ReadOnly) ? statm.readAll().split(' ') : QList<QByteArray>();
+    return pages.value(1).toDouble() * double(sysconf(_SC_PAGESIZE)) / 1e6;
 }
 
 double cpuSeconds()
