@@ -18,15 +18,9 @@ double charWidth(const QString &text)
 ChannelOccupancyLayout::Entry entry(int primary, int band, int width, double dbm, int center,
                                     int second = 0, const char *label = "net")
 {
-    ChannelOccupancyLayout::Entry e;
-    e.channel.primaryChannel = primary;
-    e.channel.band = band;
-    e.channel.widthMHz = width;
-    e.channel.centerMHz = {FrequencyPlan::frequencyForChannel(center, band),
-                           second ? FrequencyPlan::frequencyForChannel(second, band) : 0};
-    e.signalDbm = dbm;
-    e.label = QString::fromLatin1(label);
-    return e;
+    const int mhz = FrequencyPlan::frequencyForChannel(center, band);
+    const int secondMhz = second ? FrequencyPlan::frequencyForChannel(second, band) : 0;
+    return {nullptr, {primary, band, width, {mhz, secondMhz}}, dbm, QString::fromLatin1(label)};
 }
 
 // A frame whose plot is exactly `plotWidth` wide and 160 high, at the origin.
@@ -41,33 +35,27 @@ QRectF frameFor(double plotWidth)
 TEST(ChannelOccupancyLayout, SpanInPixelsForEachWidth)
 {
     // Plots scaled to whole pixels per MHz: 2.4 GHz shows 90 MHz, 5 GHz 760, 6 GHz 1220.
-    // name, entry, plot width, left and right of segment 1 and (only for 80+80) segment 2
-    const std::tuple<const char *, ChannelOccupancyLayout::Entry, double, double, double, double,
-                     double>
-        rows[] = {
-            {"20 MHz on channel 6", entry(6, kCWChannelBand2GHz, 20, -60, 6), 900, 346, 546, 0, 0},
-            {"40 MHz on 1+5", entry(1, kCWChannelBand2GHz, 40, -60, 3), 900, 96, 496, 0, 0},
-            {"20 MHz on 36", entry(36, kCWChannelBand5GHz, 20, -60, 36), 760, 66, 86, 0, 0},
-            {"80 MHz on 36-48", entry(36, kCWChannelBand5GHz, 80, -60, 42), 760, 66, 146, 0, 0},
-            {"160 MHz on 100-128", entry(100, kCWChannelBand5GHz, 160, -60, 114), 760, 386, 546, 0,
-             0},
-            {"80+80 MHz", entry(36, kCWChannelBand5GHz, 80, -60, 42, 155), 760, 66, 146, 631, 711},
-            {"320 MHz on 6 GHz", entry(37, kCWChannelBand6GHz, 320, -60, 31), 1220, 66, 386, 0, 0},
-        };
-    for (const auto &[name, e, plotWidth, left0, right0, left1, right1] : rows) {
+    // name, entry, plot width, left and right of each segment (two only for 80+80)
+    const std::tuple<const char *, ChannelOccupancyLayout::Entry, double, QList<double>> rows[] = {
+        {"20 MHz on channel 6", entry(6, kCWChannelBand2GHz, 20, -60, 6), 900, {346, 546}},
+        {"40 MHz on 1+5", entry(1, kCWChannelBand2GHz, 40, -60, 3), 900, {96, 496}},
+        {"20 MHz on 36", entry(36, kCWChannelBand5GHz, 20, -60, 36), 760, {66, 86}},
+        {"80 MHz on 36-48", entry(36, kCWChannelBand5GHz, 80, -60, 42), 760, {66, 146}},
+        {"160 MHz on 100-128", entry(100, kCWChannelBand5GHz, 160, -60, 114), 760, {386, 546}},
+        {"80+80 MHz", entry(36, kCWChannelBand5GHz, 80, -60, 42, 155), 760, {66, 146, 631, 711}},
+        {"320 MHz on 6 GHz", entry(37, kCWChannelBand6GHz, 320, -60, 31), 1220, {66, 386}},
+    };
+    for (const auto &[name, e, plotWidth, edges] : rows) {
         SCOPED_TRACE(name);
         const auto chart = ChannelOccupancyLayout::layoutChart(frameFor(plotWidth), e.channel.band,
                                                                {e}, {}, charWidth, kText);
         ASSERT_DOUBLE_EQ(chart.plot.width(), plotWidth);
         ASSERT_EQ(chart.shapes.size(), 1);
         const auto &polygons = chart.shapes[0].polygons;
-        ASSERT_EQ(polygons.size(), left1 ? 2 : 1);
-        EXPECT_DOUBLE_EQ(polygons[0].first().x(), left0);
-        EXPECT_DOUBLE_EQ(polygons[0].last().x(), right0);
-        if (left1) {
-            EXPECT_DOUBLE_EQ(polygons[1].first().x(), left1);
-            EXPECT_DOUBLE_EQ(polygons[1].last().x(), right1);
-        }
+        ASSERT_EQ(polygons.size() * 2, edges.size());
+        for (qsizetype i = 0; i < edges.size(); ++i) // the feet of each segment, left and right
+            EXPECT_DOUBLE_EQ(i % 2 ? polygons[i / 2].last().x() : polygons[i / 2].first().x(),
+                             edges[i]);
         // Feet on the bottom of the plot, top at -60 dBm: half way up from -100 to -20 dBm.
         EXPECT_DOUBLE_EQ(polygons[0].first().y(), chart.plot.bottom());
         EXPECT_DOUBLE_EQ(polygons[0][1].y(), chart.plot.top() + 80.0);

@@ -65,16 +65,8 @@ class TestPlotViews : public PlotFixture
         return *m_map;
     }
 private Q_SLOTS:
-    void init()
-    {
-        Clock::setInstance(&m_clock);
-        m_delegate = FakePlotDelegate();
-    }
-    void cleanup()
-    {
-        m_map.reset();
-        Clock::setInstance(nullptr);
-    }
+    void init() { m_delegate = FakePlotDelegate(); }
+    void cleanup() { m_map.reset(); }
 
     // Rings 40 apart from 30 inside the bounds; ring by signal (the associated network moves
     // in one ring); the first network at ten degrees on ring 1, on the ellipse of the bounds.

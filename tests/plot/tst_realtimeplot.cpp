@@ -48,7 +48,6 @@ class TestRealTimePlot : public PlotFixture
 private Q_SLOTS:
     void init()
     {
-        Clock::setInstance(&m_clock);
         m_delegate = FakePlotDelegate();
         m_plot = std::make_unique<RealTimePlot>();
         m_plot->setDelegate(&m_delegate);
@@ -57,7 +56,6 @@ private Q_SLOTS:
     {
         m_plot.reset();
         m_host.reset();
-        Clock::setInstance(nullptr);
     }
 
     void numberForPlot()

@@ -47,10 +47,13 @@ struct FakePlotDelegate : PlotDelegate
     qint64 top = 10;
 };
 
-// What both plot programs share: the fake controller, a clock that stands still.
+// What both plot programs share: the fake controller, a clock that stands still (the clock
+// of the whole program).
 class PlotFixture : public QObject
 {
 protected:
+    PlotFixture() { Clock::setInstance(&m_clock); }
+    ~PlotFixture() override { Clock::setInstance(nullptr); }
     ManualClock m_clock{QDateTime(QDate(2024, 5, 1), QTime(12, 0), Qt::UTC)};
     const QDateTime m_now = m_clock.currentDateTime();
     FakePlotDelegate m_delegate;
