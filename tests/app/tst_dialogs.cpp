@@ -178,10 +178,8 @@ private Q_SLOTS:
         passphrase->setText("adhocpass");
         f.h.app().ibssOKButtonPressed();
         QVERIFY(!sheet->isVisible());
-        QVariantMap expected;
-        expected.insert(kCWIBSSKeyChannel, 11);
-        expected.insert(kCWIBSSKeyPassphrase, "adhocpass");
-        QCOMPARE(f.h.backend->ibssParameters, QList<QVariantMap>{expected});
+        const QVariantMap sent{{kCWIBSSKeyChannel, 11}, {kCWIBSSKeyPassphrase, "adhocpass"}};
+        QCOMPARE(f.h.backend->ibssParameters, QList<QVariantMap>{sent});
         f.h.app().createIBSSButtonPressed(); // the passphrase is cleared when it opens again
         QVERIFY(passphrase->text().isEmpty());
     }
