@@ -2,7 +2,6 @@
 // The hover detail panel: its states, timers and contents, driven by synthetic mouse moves.
 #include "support/AppHarness.h"
 
-#include "app/SegmentedControl.h"
 #include "plot/WiFiMapView.h"
 
 #include <QCursor>
@@ -28,19 +27,12 @@ struct PanelFixture
         for (int i = 0; i < 4; ++i)
             scan << FakeBackend::network(QStringLiteral("00:00:00:00:00:0%1").arg(i),
                                          QStringLiteral("Net %1").arg(i), -50 - 5 * i);
-        h.backend->scans = {scan};
         h.app().setDetailPanelDelays(kShowMs, kHideMs);
         h.app().window()->resize(1000, 700);
         h.app().window()->show();
-        h.app().applicationDidFinishLaunching();
+        h.launchWith(scan);
         table = h.find<QTableView>("scanResultsTable");
-        selectSegment(5);
-    }
-    void selectSegment(int segment)
-    {
-        auto *segments = h.find<SegmentedControl>("segmentedControl");
-        segments->setSelectedSegment(segment);
-        h.app().changeTabView(segments);
+        h.showTab(5);
     }
     // A move over the table at `row` (4: the empty space below the rows) as the window system
     // delivers it, through the application's event filter; `buttons` held make it a drag.
@@ -114,7 +106,7 @@ private Q_SLOTS:
         f.h.backend->scans = {{FakeBackend::network(strong, "Strong", -30),
                                FakeBackend::network(QString(), "No address", -90)}};
         f.h.app().performUpdateCycle();
-        f.selectSegment(1);
+        f.h.showTab(1);
         auto *map = f.h.find<WiFiMapView>("wiFiMapView");
         map->grab(); // draws, and so places, every network
         auto moveTo = [&f](const QPointF &global) {

@@ -34,7 +34,7 @@ struct DialogFixture
         auto stored = std::make_shared<CWWirelessProfile>();
         stored->setUser8021XProfile(corpProfile);
         // Names sort as listed: A.. D..
-        h.backend->scans = {{
+        h.launchWith({
             FakeBackend::secured("00:00:00:00:00:01", "A open", kCWSecurityNone,
                                  kCWSecurityModeOpen),
             FakeBackend::secured("00:00:00:00:00:02", "B mixed", kCWSecurityWPAPersonalMixed,
@@ -42,8 +42,7 @@ struct DialogFixture
             FakeBackend::secured(kWpa2, "C wpa2", kCWSecurityWPA2Personal, kCWSecurityModeWPA2_PSK),
             FakeBackend::secured("00:00:00:00:00:04", "D corp", kCWSecurityWPA2Enterprise,
                                  kCWSecurityModeWPA2_Enterprise, stored),
-        }};
-        h.app().applicationDidFinishLaunching();
+        });
     }
     template <typename T> T *field(const char *name)
     {

@@ -3,7 +3,6 @@
 // interface tab, power/channel/disconnect, toolbar validation, tabs and the View menu.
 #include "support/AppHarness.h"
 
-#include "app/SegmentedControl.h"
 
 #include <QAction>
 #include <QComboBox>
@@ -31,8 +30,7 @@ private Q_SLOTS:
         AppHarness h;
         h.backend->channels = {36, 1, 6, 11};
         h.backend->currentBssid = kA;
-        h.backend->scans = {{FakeBackend::network(kA, "Home", -60, -90, 6)}};
-        h.app().applicationDidFinishLaunching();
+        h.launchWith({FakeBackend::network(kA, "Home", -60, -90, 6)});
         QCOMPARE(
             h.fieldTexts("ssid bssid opMode securityMode phyMode txRate txPower countryCode rssi "
                          "noise snr signalQuality supportedChannels"),

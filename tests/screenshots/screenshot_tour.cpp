@@ -4,7 +4,6 @@
 // tab at two window sizes, of the hover panel and of the join and ad-hoc sheets.
 // Exit code 1 when a picture is blank (one colour) or cannot be written, or, on a screen of
 // more than one device pixel per point (QT_SCALE_FACTOR=2), when a table icon is blurred.
-#include "app/SegmentedControl.h"
 #include "app/support/AppHarness.h"
 #include "wireless/simulated/SimulatedBackend.h"
 
@@ -176,18 +175,13 @@ int main(int argc, char *argv[])
     h.runSeconds(60);
     QTest::qWait(150);
 
-    auto *segments = window->findChild<SegmentedControl *>(QStringLiteral("segmentedControl"));
-    auto showTab = [&](int tab) {
-        segments->setSelectedSegment(tab);
-        app.changeTabView(segments);
-    };
     const char *names[] = {"interface",  "map",  "signal",  "channels-2.4",
                            "channels-5", "scan", "channels"};
     for (QSize size : {QSize(1280, 800), QSize(1920, 1080)}) {
         window->resize(size);
         QTest::qWait(300);
         for (int tab = 0; tab < 7; ++tab) {
-            showTab(tab);
+            h.showTab(tab);
             h.runSeconds(1);
             QTest::qWait(150);
             save(window->grab().toImage(), QStringLiteral("%1/%2-%3x%4.png")
@@ -197,7 +191,7 @@ int main(int argc, char *argv[])
         }
     }
     window->resize(1280, 800);
-    showTab(5);
+    h.showTab(5);
     QTest::qWait(300);
     auto *table = window->findChild<QTableView *>(QStringLiteral("scanResultsTable"));
     if (window->devicePixelRatioF() > 1)

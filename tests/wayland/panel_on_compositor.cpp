@@ -5,7 +5,6 @@
 // weston's own screenshot, by the panel's green swatch); moving onto the panel or leaving
 // the window hides it. Pointer moves enter Qt through its window-system event path
 // (QTest::mouseMove on the window), as the compositor's pointer events do.
-#include "app/SegmentedControl.h"
 #include "app/support/AppHarness.h"
 #include "util/GeometryUtil.h"
 #include "wireless/simulated/SimulatedBackend.h"
@@ -73,10 +72,7 @@ private Q_SLOTS:
         QVERIFY(QTest::qWaitForWindowExposed(m_window));
         m_app->applicationDidFinishLaunching();
         m_harness->runSeconds(10);
-        auto *segments =
-            m_window->findChild<SegmentedControl *>(QStringLiteral("segmentedControl"));
-        segments->setSelectedSegment(5);
-        m_app->changeTabView(segments);
+        m_harness->showTab(5);
         m_table = m_window->findChild<QTableView *>(QStringLiteral("scanResultsTable"));
         QVERIFY(m_table);
         QTest::qWait(200);

@@ -3,6 +3,7 @@
 
 #include "app/AppDelegate.h"
 #include "app/FileChooser.h"
+#include "app/SegmentedControl.h"
 #include "prefs/PreferenceStore.h"
 #include "support/FakeBackend.h"
 #include "util/Clock.h"
@@ -84,6 +85,13 @@ public:
             clock.advance(1000);
             m_app->updateData();
         }
+    }
+    // Shows a tab as a click on its segment does.
+    void showTab(int segment)
+    {
+        auto *segments = find<SegmentedControl>("segmentedControl");
+        segments->setSelectedSegment(segment);
+        m_app->changeTabView(segments);
     }
     // The names the table shows, top to bottom.
     QStringList rowNames() const
