@@ -34,6 +34,13 @@ class TestPanelOnCompositor : public QObject
                                 m_table->rowViewportPosition(row) + m_table->rowHeight(row) / 2);
         return m_table->viewport()->mapTo(m_window, inViewport);
     }
+    // The compositor's screenshot is at times a level off in every channel (seen: pure green
+    // as 0, 254, 0), so colours are compared with that much room.
+    static bool near(QRgb a, QRgb b)
+    {
+        return qAbs(qRed(a) - qRed(b)) <= 1 && qAbs(qGreen(a) - qGreen(b)) <= 1 &&
+               qAbs(qBlue(a) - qBlue(b)) <= 1;
+    }
     void hover(const QPoint &inWindow) { QTest::mouseMove(m_window->windowHandle(), inWindow); }
     QImage compositorScreenshot()
     {
@@ -105,8 +112,11 @@ private Q_SLOTS:
         const QImage shot = compositorScreenshot();
         QVERIFY(!shot.isNull());
         const QRect header(m_table->mapTo(m_window, QPoint(0, 0)), QSize(300, 20));
-        const QImage ours = m_window->grab(header).toImage().convertToFormat(QImage::Format_RGB32);
-        QCOMPARE(shot.copy(header).convertToFormat(QImage::Format_RGB32), ours);
+        const QImage ours = m_window->grab(header).toImage(), theirs = shot.copy(header);
+        for (int y = 0; y < header.height(); ++y) {
+            for (int x = 0; x < header.width(); ++x)
+                QVERIFY(near(theirs.pixel(x, y), ours.pixel(x, y)));
+        }
         QWidget *swatch = panel->findChild<QWidget *>(QStringLiteral("signalRightView"));
         QVERIFY(swatch);
         const QPoint offset = panel->pos() - m_window->mapToGlobal(QPoint(0, 0));
@@ -115,7 +125,7 @@ private Q_SLOTS:
         const QRect search = want.adjusted(-60, -60, 60, 60).intersected(shot.rect());
         for (int y = search.top(); y <= search.bottom(); ++y) {
             for (int x = search.left(); x <= search.right(); ++x) {
-                if (shot.pixel(x, y) == qRgb(0, 255, 0))
+                if (near(shot.pixel(x, y), qRgb(0, 255, 0)))
                     found |= QRect(x, y, 1, 1);
             }
         }
