@@ -8,27 +8,26 @@
 
 #include <cstdio>
 
+using namespace Qt::StringLiterals;
+
 int main(int argc, char **argv)
 {
     QCoreApplication app(argc, argv);
     QCommandLineParser parser;
     parser.setApplicationDescription(
-        QStringLiteral("Writes a radiotap capture of many access points beaconing over time."));
+        u"Writes a radiotap capture of many access points beaconing over time."_s);
     parser.addHelpOption();
-    parser.addOption({QStringLiteral("access-points"), QStringLiteral("Networks (1000)."),
-                      QStringLiteral("N"), QStringLiteral("1000")});
-    parser.addOption({QStringLiteral("beacons"), QStringLiteral("Beacons per network (3)."),
-                      QStringLiteral("K"), QStringLiteral("3")});
-    parser.addOption({QStringLiteral("seconds"), QStringLiteral("Length of the capture (600)."),
-                      QStringLiteral("S"), QStringLiteral("600")});
-    parser.addPositionalArgument(QStringLiteral("FILE"), QStringLiteral("The pcap file to write."));
+    parser.addOption({u"access-points"_s, u"Networks (1000)."_s, u"N"_s, u"1000"_s});
+    parser.addOption({u"beacons"_s, u"Beacons per network (3)."_s, u"K"_s, u"3"_s});
+    parser.addOption({u"seconds"_s, u"Length of the capture (600)."_s, u"S"_s, u"600"_s});
+    parser.addPositionalArgument(u"FILE"_s, u"The pcap file to write."_s);
     parser.process(app);
 
     CityCapture capture;
     bool okN = false, okK = false, okS = false;
-    capture.accessPoints = parser.value(QStringLiteral("access-points")).toInt(&okN);
-    capture.beaconsEach = parser.value(QStringLiteral("beacons")).toInt(&okK);
-    capture.seconds = parser.value(QStringLiteral("seconds")).toDouble(&okS);
+    capture.accessPoints = parser.value(u"access-points"_s).toInt(&okN);
+    capture.beaconsEach = parser.value(u"beacons"_s).toInt(&okK);
+    capture.seconds = parser.value(u"seconds"_s).toDouble(&okS);
     const QStringList files = parser.positionalArguments();
     if (!okN || !okK || !okS || files.size() != 1 || capture.accessPoints > 16777215) {
         std::fprintf(stderr, "%s\n", qPrintable(parser.helpText()));
