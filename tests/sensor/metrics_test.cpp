@@ -34,11 +34,7 @@ TEST(MetricsExposition, ShowsRecentNetworksOnceEachWithEscapedTexts)
                    .securities({kCWSecurityWPA2Personal}),
                kNow.addSecs(-2));
     // Bytes that are no UTF-8 arrive as replacement characters, and the network stays.
-    source.add(NetworkBuilder()
-                   .bssid("00:00:00:00:00:02")
-                   .ssid("\xFF\xFE"
-                         "A"),
-               kNow);
+    source.add(NetworkBuilder().bssid("00:00:00:00:00:02").ssid("\xFF\xFE\x41"), kNow);
     source.add(NetworkBuilder().bssid("00:00:00:00:00:03").hidden(), kNow);
     // Heard too long ago: gone from the exposition, still counted as known.
     source.add(NetworkBuilder().bssid("00:00:00:00:00:04").ssid("old"),
@@ -57,11 +53,9 @@ TEST(MetricsExposition, ShowsRecentNetworksOnceEachWithEscapedTexts)
         "corvane_network_info{bssid=\"00:00:00:00:00:01\",ssid=\"say \\\"hi\\\"\\\\\\n<script>\","
         "security=\"WPA2 Personal\",channel=\"149\",band=\"5GHz\",width=\"80MHz\","
         "real_width=\"80MHz\",center_mhz=\"5775\",phy=\"802.11g/n\",ibss=\"no\"} 1",
-        "corvane_network_info{bssid=\"00:00:00:00:00:02\",ssid=\"\xEF\xBF\xBD\xEF\xBF\xBD"
-        "A\","
+        "corvane_network_info{bssid=\"00:00:00:00:00:02\",ssid=\"\xEF\xBF\xBD\xEF\xBF\xBD\x41\","
         "security=\"open\",channel=\"6\",band=\"2.4GHz\",width=\"20MHz\","
-        "real_width=\"unknown\",center_mhz=\"unknown\",phy=\"802.11g/n\","
-        "ibss=\"no\"} 1",
+        "real_width=\"unknown\",center_mhz=\"unknown\",phy=\"802.11g/n\",ibss=\"no\"} 1",
         "# TYPE corvane_scans_total counter",
         "corvane_scans_total 12",
         "corvane_networks 5",
