@@ -43,7 +43,7 @@ TEST(BssNetworkMapper, ChannelPhyAndWidth)
 TEST(BssNetworkMapper, NetworkDataFromObservation)
 {
     const BssElements e = ElementDecoder::decode(
-        ElementText::fromHex("00 04 43616665 01 08 82848b960c121824 03 01 0b 07 03 667220 "
+        ElementText::fromHex("00 04 43616665 01 08 82848b960c121824 03 01 0b 07 03 617220 "
                              "30 14 0100 000fac04 0100 000fac04 0100 000fac02 0000"));
     // BSSID, capability, beacon interval, frequency, signal, noise.
     using M = BssNetworkMapper;
@@ -55,7 +55,7 @@ TEST(BssNetworkMapper, NetworkDataFromObservation)
     EXPECT_EQ(d.wlanChannel, CWChannel(11, kCWChannelBand2GHz, kCWChannelWidth20MHz));
     EXPECT_EQ(
         std::tuple(d.securityMode, d.ibss, d.beaconInterval, d.countryCode),
-        std::tuple(std::optional<int>(kCWSecurityModeWPA2_PSK), true, 100, QStringLiteral("FR")));
+        std::tuple(std::optional<int>(kCWSecurityModeWPA2_PSK), true, 100, QStringLiteral("AR")));
 
     // A hidden network keeps its raw (NUL) bytes but has no name.
     const CWNetwork::Data h = BssNetworkMapper::networkData(

@@ -113,6 +113,7 @@ TEST(LinkLayer, PrismAvsPpiAndPlain)
 
     const QByteArray ppi = ppiHeader(LinkLayer::kPlain80211, true) + kPayload + "FCS!";
     EXPECT_EQ(strip(LinkLayer::kPpi, ppi), Reading(payload, 5180, -64, std::nullopt));
+    EXPECT_FALSE(strip(LinkLayer::kPpi, QByteArray(1, '\1') + ppi.mid(1))); // only version 0
     // Aligned fields: an odd-length field is padded to four bytes; noise 0 is no reading.
     const QByteArray aligned =
         ElementText::fromHex("00 01 2800 69000000 0300 0200 abcd 0000 0200 1400") +

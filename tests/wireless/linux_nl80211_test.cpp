@@ -160,6 +160,7 @@ TEST(LinuxNl80211Parser, IncompleteSurveyInterfaceAndRegulatoryReplies)
     Message wdevOnly(NL80211_CMD_NEW_INTERFACE);
     wdevOnly.u32(NL80211_ATTR_IFTYPE, NL80211_IFTYPE_P2P_DEVICE).u32(NL80211_ATTR_WIPHY, 0);
     EXPECT_FALSE(Nl80211Parser::parseInterface(wdevOnly.get()));
+    EXPECT_TRUE(Nl80211Parser::parseWiphyFrequencies(wdevOnly.get()).isEmpty()); // no bands
     Message wiphy(NL80211_CMD_NEW_WIPHY);
     wiphy.u32(NL80211_ATTR_WIPHY, 1).nest(NL80211_ATTR_WIPHY_BANDS, [](Message &bands) {
         bands.nest(NL80211_BAND_2GHZ, [](Message &band) {
