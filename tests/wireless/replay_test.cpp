@@ -58,6 +58,10 @@ TEST(ReplayBackend, FullSpeedServesOneWindowPerScan)
         ASSERT_TRUE(reader->next(&frame));
         EXPECT_EQ(frame.timeUs, kT0 + at);
     }
+    // A stamp past about 73,000 years is held there, where window arithmetic cannot overflow.
+    reader = CaptureReader::open(data("far-future.pcapng"), &error);
+    ASSERT_TRUE(reader && reader->next(&frame));
+    EXPECT_EQ(frame.timeUs / 1000000, (qint64(1) << 61) / 1000000);
     // [0, 2): the latest frame of each BSSID, in order of first appearance; [2, 4); [4, 6)
     // holds nothing and is skipped, [6, 8) is the last; then nothing, and no second signal.
     const std::pair<Scan, bool> scans[] = {{{"01@-43", "02@-52", "03@-63"}, false},

@@ -5,6 +5,7 @@
 #   lab.capture.pcap  one plain 802.11 beacon (no radio header), WPA2, channel 11
 #   ethernet.pcap, data.pcap  captures without any beacon
 #   broken.pcap   a hostile SSID, elements cut or running past the end, a header too short
+#   far-future.pcapng  one beacon stamped 2^64-1 us after 1970 (pcapng stamps are 64 bits wide)
 import struct
 
 T0 = 1700000000 * 1000000  # capture time of the first frame, microseconds
@@ -15,6 +16,17 @@ def pcap(name, link, packets):
         f.write(struct.pack('<IHHiIII', 0xa1b2c3d4, 2, 4, 0, 0, 65535, link))
         for t, p in packets:
             f.write(struct.pack('<IIII', t // 1000000, t % 1000000, len(p), len(p)) + p)
+
+
+def pcapng(name, link, packets):  # one section, one interface, microsecond stamps
+    with open(name, 'wb') as f:
+        f.write(struct.pack('<IIIHHqI', 0x0a0d0d0a, 28, 0x1a2b3c4d, 1, 0, -1, 28))
+        f.write(struct.pack('<IIHHII', 1, 20, link, 0, 65535, 20))
+        for t, p in packets:
+            pad = -len(p) % 4
+            size = 32 + len(p) + pad
+            f.write(struct.pack('<7I', 6, size, 0, t >> 32, t & 0xffffffff, len(p), len(p)) + p +
+                    b'\0' * pad + struct.pack('<I', size))
 
 
 def beacon(bssid=1, ssid=b'net', channel=6, privacy=False, rsn=False, extra=b''):
@@ -44,3 +56,4 @@ pcap('broken.pcap', 127, [
     (T0, radiotap(5180, -70) + beacon(ssid=hostile, extra=bytes.fromhex('30050100000f'))),
     (T0 + 1, radiotap(5180, -71) + beacon(2, ssid=hostile, extra=bytes.fromhex('3d40'))),
     (T0 + 2, bytes.fromhex('0000'))])
+pcapng('far-future.pcapng', 105, [(2**64 - 1, beacon())])
