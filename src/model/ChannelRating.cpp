@@ -9,7 +9,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 
 namespace {
 // The 20 MHz channels of a band, in frequency order. 2.4 GHz channel 14 is left out: it is
@@ -85,27 +84,16 @@ QList<NetworkObjectRef> ChannelRating::recentNetworks(const NetworkList &network
 {
     // "Lately" is measured against the newest scan rather than the clock, so a paused or
     // replayed run rates what it last heard.
-    // Each local time is turned into an instant once: every conversion asks the C library,
-    // which looks at the time zone file each time.
-    QList<NetworkObjectRef> out;
-    QList<qint64> heard;
-    qint64 newest = std::numeric_limits<qint64>::min();
+    QDateTime newest;
     for (const NetworkObjectRef &n : networks) {
-        if (!n->cwNetwork())
-            continue;
-        out.append(n);
-        // A record without a time stamp counts as heard now.
-        const QDateTime t = n->lastUpdated();
-        heard.append(t.isValid() ? t.toMSecsSinceEpoch() : std::numeric_limits<qint64>::max());
-        if (t.isValid())
-            newest = std::max(newest, heard.last());
+        if (n->cwNetwork() && (!newest.isValid() || n->lastUpdated() > newest))
+            newest = n->lastUpdated();
     }
-    qsizetype kept = 0;
-    for (qsizetype i = 0; i < out.size(); ++i) {
-        if (heard[i] >= newest || (newest - heard[i]) / 1000 <= kRecentSeconds)
-            out[kept++] = out[i];
+    QList<NetworkObjectRef> out;
+    for (const NetworkObjectRef &n : networks) {
+        if (n->cwNetwork() && n->lastUpdated().secsTo(newest) <= kRecentSeconds)
+            out.append(n);
     }
-    out.resize(kept);
     return out;
 }
 

@@ -134,7 +134,10 @@ void SurveyEngine::mergeScan()
         m_networks.reserve(results.size());
         m_networksCreated = true;
     }
-    const QDateTime now = Clock::now();
+    // Kept as an instant (UTC): the views and the sensor compare every record's stamp on
+    // every drawing and scrape, and each sum with a local time asks the C library for the
+    // time zone (a look at the zone file every time).
+    const QDateTime now = Clock::now().toUTC();
 
     // Update known records, create the rest; nothing is ever removed.
     RandomSource &random = RandomSource::instance();

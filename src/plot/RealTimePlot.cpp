@@ -402,7 +402,7 @@ void RealTimePlot::updateSignalPlot()
     // 3. Fill the places in list order with networks heard in the last second. Every plot
     // in the graph takes a place, leftovers from the initial series list included.
     const qint64 places = m_delegate->numberOfTopNetworks();
-    const QDateTime now = Clock::now();
+    const QDateTime now = Clock::now().toUTC(); // records are stamped in UTC: no zone lookups
     for (qsizetype i = 0; i < m_delegate->networks().count(); ++i) {
         // Plots are only added here, so once the places are full the rest of the list
         // cannot take one.
