@@ -1,28 +1,16 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "plot/LineRaster.h"
 
+#include "plot/PixelRounding.h"
+
 #include <algorithm>
 #include <cmath>
 
 namespace {
 
-// Garbage samples must not turn the arithmetic below into infinities; a million pixels off
-// the image is as good as any farther.
-constexpr double kFar = 1e6;
-
-// floor() and ceil() for the clamped coordinates here, without a call into libm: they run
-// for every piece of every line.
-int floorInt(double v)
-{
-    const int i = int(v);
-    return i - (v < double(i) ? 1 : 0);
-}
-
-int ceilInt(double v)
-{
-    const int i = int(v);
-    return i + (v > double(i) ? 1 : 0);
-}
+using PixelRounding::ceilInt;
+using PixelRounding::floorInt;
+using PixelRounding::kFar;
 
 // A coverage of 0 to 1 as a blending weight of 0 to 256, clamped as an integer so that
 // the loop calling it stays vector code.
@@ -142,6 +130,7 @@ void LineRaster::strokePolyline(const QPointF *points, qsizetype count, double w
             ++end;
         // One unbroken run, points k .. end - 1. Its ends get square caps: the line goes on
         // for half its width, as a pen with square caps draws it.
+        // Garbage samples are pulled in first so the slopes below stay finite.
         for (qsizetype i = k + 1; i < end; ++i) {
             double xa = std::clamp(points[i - 1].x(), -kFar, kFar);
             double ya = std::clamp(points[i - 1].y(), -kFar, kFar);
@@ -192,7 +181,7 @@ void LineRaster::addPiece(double x0, double x1, double y0, double slope, double 
     if (top >= bottom)
         return;
     // A level piece is taken as rising by a millionth of a pixel per pixel, which shows
-    // nowhere and keeps the closed form in fillColumn() free of a special case.
+    // nowhere and keeps the closed form in addCoverage() free of a special case.
     const double rise = std::abs(slope) < 1e-6 ? 1e-6 : std::abs(slope);
     // Where the upper edge is highest in the column.
     const double start = std::min(lo0, lo1);

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "plot/TrapezoidRaster.h"
 
+#include "plot/PixelRounding.h"
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -8,9 +10,9 @@
 
 namespace {
 
-// Garbage coordinates must not overflow the integer arithmetic below; a million pixels off
-// the layer is as good as any farther.
-constexpr double kFar = 1e6;
+using PixelRounding::ceilInt;
+using PixelRounding::floorInt;
+using PixelRounding::kFar;
 
 using Color = std::array<float, 4>; // premultiplied red, green, blue, alpha from 0 to 1
 
@@ -24,19 +26,6 @@ QRgb rgbOf(const float *c)
 double overlap(double a0, double a1, double b0, double b1)
 {
     return std::max(0.0, std::min(a1, b1) - std::max(a0, b0));
-}
-
-// floor() without a call into the C library: it runs for every row of every outline.
-int floorInt(double v)
-{
-    const int i = int(std::clamp(v, -kFar, kFar));
-    return i - (v < double(i) ? 1 : 0);
-}
-
-int ceilInt(double v)
-{
-    const int i = int(std::clamp(v, -kFar, kFar));
-    return i + (v > double(i) ? 1 : 0);
 }
 
 struct Start
